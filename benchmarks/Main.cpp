@@ -1,0 +1,13 @@
+#include "benchmarks/Ratios.h"
+
+int main(int argc, char** argv)
+{
+    return mesk::benchmarks::runWithRatios(argc, argv,
+                                           {
+                                               {"receiveFrame/64", "copyWords/64", 45},
+                                               {"receiveFrame/590", "copyWords/590", 16},
+                                               {"receiveFrame/1514", "copyWords/1514", 11},
+                                               {"sendFrame/1514", "callsThroughPointer/1514", 1.05},
+                                               {"crc32/1514", "crc32ByTable/1514", 0.25},
+                                           });
+}

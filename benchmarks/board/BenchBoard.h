@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstdint>
+
+/// What the benchmarks' board library exports beside the board operations.
+extern "C" {
+/// Sets the size in bytes of the frame that every transmission of the receive queue brings.
+using BenchSetFrameSize = void (*)(std::uint32_t bytes);
+/// The words of the transmission, for the yardstick: the same memory is copied.
+using BenchTransmission = const std::uint32_t* (*)();
+}

@@ -1,0 +1,29 @@
+#include "benchmarks/AllocationCount.h"
+#include "packets/EthernetFrame.h"
+
+#include <benchmark/benchmark.h>
+
+namespace mesk::benchmarks {
+
+namespace {
+
+/// A frame from an array shares the array: the time must not grow with the size.
+void frameFromBytes(benchmark::State& state)
+{
+    const QByteArray bytes(static_cast<int>(state.range(0)), '\x5a');
+    const std::uint64_t before = allocationCount();
+    for (auto _ : state) {
+        const EthernetFrame frame(bytes);
+        benchmark::DoNotOptimize(&frame);
+    }
+    state.counters["allocations"] =
+        static_cast<double>(allocationCount() - before) / static_cast<double>(state.iterations());
+    if (EthernetFrame(bytes).serialize().constData() != bytes.constData()) {
+        state.SkipWithError("the payload was copied");
+    }
+}
+BENCHMARK(frameFromBytes)->Arg(60)->Arg(1514)->Arg(65536);
+
+} // namespace
+
+} // namespace mesk::benchmarks

@@ -1,0 +1,224 @@
+#include "host/CommandLine.h"
+
+#include "host/verbs/VerbTable.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <map>
+
+namespace mesk::host {
+
+namespace {
+
+constexpr const char* exitCodes = "Exit codes: 0 done, 1 nothing found, nothing came or refused, 2 usage,\n"
+                                  "            3 board or library missing, 130 interrupted";
+constexpr const char* programExamples = "mesk-phy boards\n"
+                                        "mesk-phy relay samples/camera-session.pcap --to 1 --reset\n"
+                                        "mesk-phy receive --link file:session.pcap, --json\n";
+
+/// Who opens a help looks for something to copy, so examples come first.
+class ExamplesFirst : public CLI::Formatter {
+public:
+    explicit ExamplesFirst(const std::string& examples)
+    {
+        label("SUBCOMMAND", "VERB");
+        std::size_t start = 0;
+        for (std::size_t end = examples.find('\n'); end != std::string::npos;
+             end = examples.find('\n', start)) {
+            m_head += "  " + examples.substr(start, end - start) + "\n";
+            start = end + 1;
+        }
+    }
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override
+    {
+        const std::string shown =
+            app->get_parent() != nullptr ? app->get_parent()->get_name() + " " + name : name;
+        const std::string rest = CLI::Formatter::make_help(app, shown, mode);
+        return mode == CLI::AppFormatMode::Sub ? rest : "Examples:\n" + m_head + "\n" + rest;
+    }
+
+private:
+    std::string m_head;
+};
+
+/// Reads a whole text as a decimal number of at most `limit`.
+std::optional<unsigned> parseDecimal(const std::string& text, unsigned limit)
+{
+    unsigned value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || value > limit) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+void checkLogLevel(const std::string& text)
+{
+    static const std::array<const char*, 5> words = {"detail", "information", "warning", "error", "off"};
+    constexpr unsigned levelMax = 7;
+    if (std::find(words.begin(), words.end(), text) == words.end() && !parseDecimal(text, levelMax)) {
+        throw CLI::ValidationError(
+            "--log", "detail, information, warning, error, off or a number up to 7, not '" + text + "'");
+    }
+}
+
+void declareOptions(CLI::App& app, Options& options)
+{
+    const auto index = CLI::Range(0, std::numeric_limits<int>::max()).description("");
+    app.add_option("--board", options.board, "board (0)")->check(index)->type_name("N");
+    app.add_option("--port", options.port, "port of the board (0)")->check(index)->type_name("N");
+    app.add_option("--link", options.link,
+                   "plug the port for this run: none, pair:BOARD.PORT, file:IN.pcap,OUT.pcap")
+        ->type_name("LINK");
+    app.add_option("--setup", options.setupFile, "set-up of the emulated board")
+        ->check(CLI::ExistingFile.description(""))
+        ->type_name("FILE");
+    app.add_option("--root", options.rootFolder, "installation root (the one that this program lies in)")
+        ->check(CLI::ExistingDirectory.description(""))
+        ->type_name("DIR");
+    app.add_flag("--reset", options.reset, "reset the board's GigE hardware at open (about 5 s)");
+    app.add_option_function<std::string>(
+           "--mac",
+           [&options](const std::string& text) {
+               const auto mac = parseStationAddress(text);
+               if (!mac) {
+                   throw CLI::ValidationError(
+                       "--mac", "'" + text + "' is no address of one station like 02:4b:00:00:00:01");
+               }
+               options.mac = *mac;
+           },
+           "own address (02:4b:00:00:00:01), for verbs that speak for this side: none yet")
+        ->type_name("M");
+    app.add_option_function<std::string>(
+           "--ip",
+           [&options](const std::string& text) {
+               const auto address = parseHostAddress(text);
+               if (!address) {
+                   throw CLI::ValidationError("--ip", "'" + text +
+                                                          "' is no address with prefix like 192.168.77.1/24");
+               }
+               options.ip = *address;
+           },
+           "own address (192.168.77.1/24), for verbs that speak for this side: none yet")
+        ->type_name("A.B.C.D/P");
+    app.add_option("--write", options.writeFile, "write all frames of the run, both ways, to a capture file")
+        ->type_name("FILE.pcap");
+    app.add_option("--log", options.logLevel,
+                   "log level: detail, information, warning, error, off or a number")
+        ->each(checkLogLevel)
+        ->type_name("LEVEL");
+    app.add_flag("--json", options.json, "print JSON");
+    app.add_flag("--quiet", options.quiet, "no words about the work");
+}
+
+std::string oneLine(std::string text)
+{
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+{
+    CommandLine line;
+    CLI::App app("Sends and receives raw Ethernet frames on the GigE ports of a frame-grabber board.",
+                 "mesk-phy");
+    app.set_version_flag("--version", "mesk-phy " MESK_VERSION, "print the version");
+    app.set_help_flag("-h,--help", "print this help");
+    app.formatter(std::make_shared<ExamplesFirst>(programExamples));
+    app.footer(exitCodes);
+    app.fallthrough();
+    app.require_subcommand(0, 1);
+    declareOptions(app, line.options);
+
+    std::map<const CLI::App*, std::unique_ptr<Verb>> verbs;
+    for (const VerbEntry& entry : verbTable()) {
+        CLI::App* sub = app.add_subcommand(entry.name, entry.summary);
+        sub->group("Verbs");
+        sub->formatter(std::make_shared<ExamplesFirst>(entry.examples));
+        sub->footer(fmt::format(
+            "'mesk-phy --help' lists the options that every verb takes, before or after it.\n\n{}",
+            exitCodes));
+        auto verb = entry.make();
+        verb->declare(*sub);
+        verbs.emplace(sub, std::move(verb));
+    }
+    const auto chosen = [&app]() -> CLI::App* {
+        const auto subs = app.get_subcommands();
+        return subs.empty() ? nullptr : subs.front();
+    };
+
+    try {
+        auto reversed = std::vector<std::string>(arguments.rbegin(), arguments.rend());
+        app.parse(std::move(reversed));
+        if (chosen() == nullptr) {
+            throw CLI::RequiredError("A verb");
+        }
+        line.verb = std::move(verbs.at(chosen()));
+    } catch (const CLI::CallForHelp&) {
+        line.output = (chosen() != nullptr ? chosen() : &app)->help();
+    } catch (const CLI::CallForVersion& version) {
+        line.output = std::string(version.what()) + "\n";
+    } catch (const CLI::ParseError& error) {
+        line.exitCode = ExitCode::Usage;
+        line.error = fmt::format("{} (see 'mesk-phy {}--help')", oneLine(error.what()),
+                                 chosen() != nullptr ? chosen()->get_name() + " " : "");
+    }
+    return line;
+}
+
+std::optional<HostAddress> parseHostAddress(const std::string& text)
+{
+    HostAddress result;
+    result.address = 0;
+    std::size_t start = 0;
+    for (const char separator : {'.', '.', '.', '/'}) {
+        const std::size_t end = text.find(separator, start);
+        if (end == std::string::npos) {
+            return std::nullopt;
+        }
+        const auto part = parseDecimal(text.substr(start, end - start), 255);
+        if (!part) {
+            return std::nullopt;
+        }
+        result.address = result.address << 8 | *part;
+        start = end + 1;
+    }
+    const auto prefix = parseDecimal(text.substr(start), 32);
+    if (!prefix || *prefix == 0) {
+        return std::nullopt;
+    }
+    result.prefixBits = *prefix;
+    return result;
+}
+
+std::optional<MacAddress> parseStationAddress(const std::string& text)
+{
+    constexpr std::size_t textLength = 17; // six characters would be taken as the bytes themselves
+    MacAddress mac;
+    if (text.size() != textLength || !mac.parse(text) || (mac.rawBytes().at(0) & 1) != 0) {
+        return std::nullopt;
+    }
+    return mac;
+}
+
+double parseSeconds(const std::string& text)
+{
+    double seconds = 0;
+    constexpr double secondsMax = 1e9;
+    if (!CLI::detail::lexical_cast(text, seconds) || !std::isfinite(seconds) || seconds <= 0 ||
+        seconds > secondsMax) {
+        throw CLI::ValidationError("--seconds", "'" + text + "' is no number of seconds above 0");
+    }
+    return seconds;
+}
+
+} // namespace mesk::host

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "host/Options.h"
+#include "host/Verb.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mesk::host {
+
+/// What a command line asks for: a verb to run, or a text and an exit code.
+struct CommandLine {
+    Options options;
+    std::unique_ptr<Verb> verb; ///< null where `exitCode` says all
+    ExitCode exitCode = ExitCode::Done;
+    std::string output; ///< for standard output: help, version
+    std::string error;  ///< for standard error, without the program's name
+};
+
+/// @param arguments without the program's own name.
+CommandLine parseCommandLine(const std::vector<std::string>& arguments);
+
+/// "A.B.C.D/P" with decimal numbers and a prefix of 1 to 32 bits.
+std::optional<HostAddress> parseHostAddress(const std::string& text);
+/// Six pairs of hexadecimal digits with ":" between them, of one station (no group address).
+std::optional<MacAddress> parseStationAddress(const std::string& text);
+/// A count of seconds above 0. Throws CLI::ValidationError.
+double parseSeconds(const std::string& text);
+
+} // namespace mesk::host

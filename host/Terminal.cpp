@@ -1,0 +1,35 @@
+#include "host/Terminal.h"
+
+#include "support/platform/os/Environment.h"
+
+#include <unistd.h>
+
+namespace mesk::host {
+
+using kivo::templates::platform::os::environmentVariable;
+
+namespace {
+
+bool isTerminal(int descriptor)
+{
+    return isatty(descriptor) == 1 && environmentVariable("TERM").value_or("dumb") != "dumb";
+}
+
+} // namespace
+
+bool standardOutputIsTerminal()
+{
+    return isTerminal(STDOUT_FILENO);
+}
+
+bool standardErrorIsTerminal()
+{
+    return isTerminal(STDERR_FILENO);
+}
+
+bool colourWanted()
+{
+    return standardOutputIsTerminal() && environmentVariable("NO_COLOR").value_or("").empty();
+}
+
+} // namespace mesk::host

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "host/Failure.h"
+
+#include <memory>
+
+namespace CLI {
+class App;
+}
+
+namespace mesk::host {
+
+class Session;
+
+/// One thing that the program does, with the arguments of its own.
+class Verb {
+public:
+    Verb() = default;
+    Verb(const Verb&) = delete;
+    Verb& operator=(const Verb&) = delete;
+    virtual ~Verb() = default;
+
+    /// Declares options and arguments; what they hold lives in the verb.
+    virtual void declare(CLI::App& app) = 0;
+    /// @throws Failure
+    virtual ExitCode run(Session& session) = 0;
+};
+
+/// An entry of the verb table.
+struct VerbEntry {
+    const char* name;
+    const char* summary;
+    const char* examples; ///< one a line, without the leading blanks
+    std::unique_ptr<Verb> (*make)();
+};
+
+} // namespace mesk::host

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "host/Table.h"
+
+#include <vector>
+
+namespace mesk::host {
+
+class Session;
+
+/// What the emulated board has counted at some ports, a record a port; empty for a board that does not
+/// tell.
+Json portCounters(Session& session, const std::vector<int>& ports);
+
+} // namespace mesk::host

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "host/Verb.h"
+
+#include <vector>
+
+namespace mesk::host {
+
+/// All verbs, in the order of the help.
+const std::vector<VerbEntry>& verbTable();
+
+std::unique_ptr<Verb> makeBoardsVerb();
+std::unique_ptr<Verb> makeRelayVerb();
+std::unique_ptr<Verb> makeSendVerb();
+std::unique_ptr<Verb> makeReceiveVerb();
+std::unique_ptr<Verb> makeResetPhyVerb();
+
+} // namespace mesk::host

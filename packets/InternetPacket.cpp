@@ -1,0 +1,45 @@
+#include "packets/InternetPacket.h"
+
+#include "packets/ArpPacket.h"
+#include "packets/ByteSlice.h"
+#include "packets/CopyAs.h"
+#include "packets/IPv4Packet.h"
+
+quint32 InternetPacket::layer() const
+{
+    return 3;
+}
+
+quint16 InternetPacket::lengthField() const
+{
+    return 0;
+}
+
+InternetPacket* InternetPacket::create(const quint16& etherType, const QByteArray& bytes)
+{
+    return create(etherType, ByteSlice(bytes));
+}
+
+InternetPacket* InternetPacket::create(const quint16& etherType, const ByteSlice& bytes)
+{
+    switch (etherType) {
+    case IPv4Packet::EtherType:
+        return new IPv4Packet(bytes);
+    case ArpPacket::EtherType:
+        return new ArpPacket(bytes);
+    default:
+        return nullptr;
+    }
+}
+
+InternetPacket* InternetPacket::copyOf(const InternetPacket& packet)
+{
+    switch (packet.etherType()) {
+    case IPv4Packet::EtherType:
+        return copyAs<IPv4Packet>(packet);
+    case ArpPacket::EtherType:
+        return copyAs<ArpPacket>(packet);
+    default:
+        return nullptr;
+    }
+}

@@ -1,0 +1,138 @@
+#include "packets/IpAddress.h"
+#include "packets/MacAddress.h"
+#include "tests/packets/TestBytes.h"
+
+#include <QRegExp>
+#include <QStringList>
+#include <QtEndian>
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace {
+// What the scanners stand for: a pattern for the whole text, whose pieces are numbers.
+QByteArray readByRule(QRegExp& pattern, char separator, int base, const QByteArray& bytes)
+{
+    const QString text = QString::fromUtf8(bytes);
+    QByteArray result;
+    if (pattern.exactMatch(text)) {
+        for (const QString& piece : text.split(QLatin1Char(separator)))
+            result += char(piece.toUInt(nullptr, base));
+    }
+    return result;
+}
+
+void expectSameMac(const QByteArray& text)
+{
+    static QRegExp pattern(QStringLiteral("([0-9a-fA-F]{2}:){5}[0-9a-fA-F]{2}"));
+    MacAddress address(9, 9, 9, 9, 9, 9);
+    const QByteArray expected = text.size() == 6 ? text : readByRule(pattern, ':', 16, text);
+    EXPECT_EQ(address.parse(TightBytes(text).array()), !expected.isEmpty()) << text.toStdString();
+    EXPECT_EQ(address.rawBytes(), expected.isEmpty() ? QByteArray(6, 9) : expected) << text.toStdString();
+}
+
+void expectSameIp(const QByteArray& text)
+{
+    static const QString octet = QStringLiteral("(25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)");
+    static QRegExp pattern(QStringList{octet, octet, octet, octet}.join(QStringLiteral("\\.")));
+    if (text.size() == 4)
+        return; // four bytes are no text
+    IpAddress address(9);
+    const QByteArray expected = readByRule(pattern, '.', 10, text);
+    EXPECT_EQ(address.parse(TightBytes(text).array()), !expected.isEmpty()) << text.toStdString();
+    EXPECT_EQ(address.toUInt32(), expected.isEmpty() ? 9 : expected.toHex().toUInt(nullptr, 16))
+        << text.toStdString();
+}
+
+// The text itself, every text that is one byte off, and some a few edits away.
+void forTextsNear(const QByteArray& text, void (*check)(const QByteArray&))
+{
+    check(text);
+    for (int at = 0; at <= text.size(); ++at) {
+        check(QByteArray(text).remove(at, 1));
+        for (int byte = 0; byte < 256; ++byte) {
+            check(QByteArray(text).insert(at, char(byte)));
+            check(QByteArray(text).replace(at, 1, QByteArray(1, char(byte))));
+        }
+    }
+    const auto seed = unsigned(testing::UnitTest::GetInstance()->random_seed());
+    SCOPED_TRACE("GTEST_RANDOM_SEED=" + std::to_string(seed));
+    std::minstd_rand random(seed + 1);
+    const QByteArray alphabet = "0123456789aF.::";
+    for (int round = 0; round < 5000; ++round) {
+        QByteArray edited = text;
+        for (auto edits = 2 + random() % 3; edits > 0; --edits) {
+            const int at = int(random() % unsigned(edited.size() + 1));
+            edited.replace(at, int(random() % 3), alphabet.mid(int(random() % 14), int(random() % 3)));
+        }
+        check(edited);
+    }
+}
+
+TEST(MacAddress, textIsReadByTheRule)
+{
+    forTextsNear("00:1A:2b:3c:4d:5E", expectSameMac);
+    forTextsNear(hex("efbbbf") + "00:1a:2b:3c:4d:5e", expectSameMac); // a byte order mark
+    for (const auto* text : {"", "00-1A-2b-3c-4d-5E", "abcdef", "0:1:2:3:4:5", "001A2b3c4d5E"})
+        expectSameMac(text);
+}
+
+TEST(IpAddress, textIsReadByTheRule)
+{
+    forTextsNear("192.168.10.1", expectSameIp);
+    forTextsNear("0.0.0.0", expectSameIp);
+    forTextsNear(hex("efbbbf") + "1.2.3.4", expectSameIp);
+    for (int number = 0; number < 1200; ++number) {
+        const QByteArray text = QByteArray::number(number);
+        for (const QByteArray& each : {text, text.rightJustified(3, '0'), "0" + text}) {
+            expectSameIp(each + ".0.0.1");
+            expectSameIp("10.1." + each + ".255");
+        }
+    }
+    for (const auto* text : {"", "1.2.3", "256.0.0.1", "010.001.000.001", "1.2.3.4.", "....", "1..2.3"})
+        expectSameIp(text);
+}
+
+TEST(MacAddress, formsAgree)
+{
+    const MacAddress address(quint64(0xffff060504030201U));
+    const quint8 bytes[] = {1, 2, 3, 4, 5, 6};
+    EXPECT_EQ(address, MacAddress(1, 2, 3, 4, 5, 6));
+    EXPECT_EQ(address, MacAddress(bytes));
+    EXPECT_EQ(address.toUInt64(), 0x060504030201U);
+    EXPECT_EQ(address.rawBytes(), hex("01 02 03 04 05 06"));
+    EXPECT_EQ(address.rawBytes().constData(), address.rawBytes().constData());
+    EXPECT_EQ(MacAddress(QStringLiteral("00:1A:2b:3c:4d:5E")).toByteArray(":"), "00:1a:2b:3c:4d:5e");
+    EXPECT_EQ(MacAddress(std::string("abcdef")).toStdString(""), "616263646566");
+    EXPECT_EQ(MacAddress(QStringLiteral("\u00e9\u00e9\u00e9")).toString("--"),
+              QStringLiteral("c3--a9--c3--a9--c3--a9"));
+    EXPECT_EQ(MacAddress(std::string("\xff\xff\xff\xff\xff\xff")),
+              MacAddress()); // not UTF-8, so no six bytes
+    for (int i = 0; i < 6; ++i) {
+        QByteArray other(6, '\xff');
+        EXPECT_TRUE(MacAddress(other).isBroadcast());
+        other[i] = char(0x7f);
+        EXPECT_FALSE(MacAddress(other).isBroadcast());
+        EXPECT_NE(MacAddress(other), MacAddress::broadcast());
+    }
+}
+
+TEST(IpAddress, formsAgree)
+{
+    IpAddress address(0xc0a80001U);
+    EXPECT_EQ(address.toString(), QStringLiteral("192.168.0.1"));
+    EXPECT_EQ(address.toByteArray(), "192.168.0.1");
+    const IpAddress copy(address);
+    EXPECT_TRUE(address.parse(address.rawBytes()));
+    EXPECT_EQ(address, copy);
+    EXPECT_TRUE(address.parse(hex("c0 a8 00 01")));
+    EXPECT_EQ(address.toUInt32(), qToBigEndian(0xc0a80001U)); // 1.0.168.192 on a little-endian host
+    EXPECT_TRUE(address.parse(std::string("1.22.255.0")));
+    EXPECT_EQ(address.toStdString(), "1.22.255.0");
+    EXPECT_TRUE(address.parse(QStringLiteral("255.255.255.255")));
+    EXPECT_TRUE(address.isBroadcast());
+    address.clear();
+    EXPECT_EQ(address, IpAddress());
+    EXPECT_NE(address, IpAddress::broadcast());
+}
+} // namespace

@@ -1,0 +1,75 @@
+#include "packets/IcmpPacket.h"
+#include "packets/EthernetFrame.h"
+#include "packets/IPv4Packet.h"
+#include "packets/IpAddress.h"
+#include "tests/packets/TestBytes.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+const IpAddress none;
+const QByteArray request = hex("0800339a00010002616263");
+
+TEST(IcmpPacket, parsesAnyBytesAndKeepsTheChecksum)
+{
+    for (const QByteArray& bytes : {request, hex("0800ffff0001"), hex("0301"), hex("0800ab"), QByteArray()}) {
+        const TightBytes tight(bytes);
+        const std::unique_ptr<TransportPacket> base(TransportPacket::create(1, tight.array()));
+        const IcmpPacket packet(*base);
+        const QByteArray whole = bytes.leftJustified(4, '\0');
+        EXPECT_EQ(packet.type(), quint8(whole[0]));
+        EXPECT_EQ(packet.code(), quint8(whole[1]));
+        EXPECT_EQ(packet.checksum(), whole.mid(2, 2).toHex().toUInt(nullptr, 16));
+        EXPECT_EQ(packet.payload(), bytes.mid(4));
+        EXPECT_EQ(packet.payloadSize(), quint32(whole.size() - 4));
+        EXPECT_EQ(packet.totalSize(), quint32(whole.size()));
+        EXPECT_EQ(packet.length(), packet.totalSize());
+        EXPECT_EQ(packet.serialize(none, none), whole);
+        EXPECT_TRUE(packet.isValid());
+        EXPECT_EQ(packet.layer(), 4U);
+        EXPECT_EQ(packet.headerSize(), 4U);
+        EXPECT_EQ(packet.protocolName(), "ICMP");
+        EXPECT_EQ(packet.protocol(), IcmpPacket::Protocol);
+    }
+    EXPECT_EQ(TransportPacket::create(6, request), nullptr);
+}
+
+TEST(IcmpPacket, computesTheChecksumOfBuiltMessages)
+{
+    const IcmpPacket packet(8, 0, request.mid(4));
+    const std::unique_ptr<TransportPacket> copy(TransportPacket::copyOf(packet));
+    EXPECT_EQ(packet.serialize(none, none), request);
+    EXPECT_EQ(packet.checksum(), 0x339a);
+    EXPECT_EQ(copy->serialize(none, none), request);
+    EXPECT_EQ(IcmpPacket(0, 0, QByteArray()).serialize(none, none), hex("0000ffff"));
+}
+
+TEST(IcmpPacket, repliesToEchoRequestsOnly)
+{
+    const std::unique_ptr<IcmpPacket> reply(IcmpPacket(request).echoReply());
+    EXPECT_EQ(reply->serialize(none, none), hex("00003b9a00010002616263"));
+    EXPECT_EQ(reply->echoReply(), nullptr);
+    EXPECT_EQ(IcmpPacket(8, 1, "x").echoReply(), nullptr);
+}
+
+// A recorded exchange, tag and padding included, from the frame inward and outward again.
+TEST(IcmpPacket, recordedRequestIsAnsweredAsRecorded)
+{
+    std::unique_ptr<IcmpPacket> icmp;
+    {
+        const EthernetFrame frame(
+            hex("024b00000062024b0000000108004500001cd863400040014b810a4d01010a4d01620800b12d"
+                "46d10001 0000"));
+        const std::unique_ptr<InternetPacket> packet(frame.internetPacket());
+        const std::unique_ptr<TransportPacket> transport(static_cast<IPv4Packet&>(*packet).transportPacket());
+        icmp = std::make_unique<IcmpPacket>(*transport);
+    } // what was made from a frame needs none of the outer layers
+    const std::unique_ptr<IcmpPacket> reply(icmp->echoReply());
+    IPv4Packet packet(IpAddress(0x0a4d0162), IpAddress(0x0a4d0101), reply.get());
+    const EthernetFrame frame(MacAddress(2, 0x4b, 0, 0, 0, 0x62), MacAddress(2, 0x4b, 0, 0, 0, 1), &packet);
+    // Recorded but for identification, time to live and header checksum.
+    EXPECT_EQ(frame.serialize(), hex("024b00000001024b0000006208004500001c00004000ff0164e40a4d01620a4d0101"
+                                     "0000b92d46d10001")
+                                     .leftJustified(60, '\0'));
+}
+} // namespace

@@ -1,0 +1,756 @@
+#include "tests/stand-ins/EmulatedBoard.h"
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gmock/gmock.h>
+#include <iterator>
+#include <pcap/pcap.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using mesk::tests::EmulatedBoard;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Bytes = std::vector<std::uint8_t>;
+using Words = std::vector<std::uint32_t>;
+
+constexpr std::int32_t timedOut = -2120;
+
+template <typename Function>
+Function* operation(const char* library, const char* name)
+{
+    void* const handle = ::dlopen((std::string(MESK_TEST_BIN "/") + library).c_str(), RTLD_NOW);
+    void* const found = handle != nullptr ? ::dlsym(handle, name) : nullptr;
+    if (found == nullptr)
+        throw std::runtime_error(std::string("no ") + name);
+    return reinterpret_cast<Function*>(found);
+}
+
+struct Operations {
+    template <typename Function>
+    static Function* hal(const char* name)
+    {
+        return operation<Function>("kivo_hal.so", name);
+    }
+    template <typename Function>
+    static Function* dov(const char* name)
+    {
+        return operation<Function>("dovrt.so", name);
+    }
+
+    using Handle = std::uint64_t;
+    using Status = std::int32_t;
+    Handle (*init)(std::uint32_t) = hal<Handle(std::uint32_t)>("KHalInitDevice");
+    Status (*free)(Handle) = hal<Status(Handle)>("KHalFreeDevice");
+    std::uint32_t (*count)() = hal<std::uint32_t()>("KHalGetDeviceCount");
+    Handle (*get)(std::uint32_t) = hal<Handle(std::uint32_t)>("KHalGetDevice");
+    Status (*put)(Handle) = hal<Status(Handle)>("KHalPutDevice");
+    std::int32_t (*infoInt)(Handle,
+                            const char*) = hal<std::int32_t(Handle, const char*)>("KHalGetBoardInfoInt");
+    const char* (*infoText)(Handle,
+                            const char*) = hal<const char*(Handle, const char*)>("KHalGetBoardInfoString");
+    Status (*configure)(Handle, Handle) = hal<Status(Handle, Handle)>("KHalConfigureFpga");
+    Status (*write)(Handle, std::uint32_t,
+                    std::uint64_t) = hal<Status(Handle, std::uint32_t, std::uint64_t)>("KHalRegisterWrite");
+    Status (*read)(Handle, std::uint32_t,
+                   std::uint64_t*) = hal<Status(Handle, std::uint32_t, std::uint64_t*)>("KHalRegisterRead");
+    Status (*clear)(Handle, std::uint32_t) = hal<Status(Handle, std::uint32_t)>("KHalDataQueueClear");
+    Status (*readQueue)(Handle, std::uint32_t, void*, std::uint32_t, std::uint32_t) =
+        hal<Status(Handle, std::uint32_t, void*, std::uint32_t, std::uint32_t)>(
+            "KHalDataQueueReadBufferLong");
+    Status (*lostWords)(Handle,
+                        std::uint32_t) = hal<Status(Handle, std::uint32_t)>("KHalDataQueueGetNrOfLostWords");
+    Handle (*design)(std::uint8_t,
+                     std::uint8_t) = dov<Handle(std::uint8_t, std::uint8_t)>("DovFirmwareTrampoline");
+    std::uint32_t (*id)(Handle,
+                        const char*) = dov<std::uint32_t(Handle, const char*)>("DovGetRegisterByName");
+    Status (*unload)(Handle) = dov<Status(Handle)>("DovUnloadDovFile");
+    Handle (*loadFile)(const char*,
+                       std::uint32_t) = dov<Handle(const char*, std::uint32_t)>("DovLoadDovFileWithType");
+};
+
+const Operations& ops()
+{
+    static const Operations all;
+    return all;
+}
+
+/// A device of a board, with the design of the given firmware.
+class Device {
+public:
+    explicit Device(std::uint32_t board = 0, std::uint8_t minor = 0)
+        : m_handle(ops().init(board))
+        , m_design(ops().design(2, minor))
+    {
+        EXPECT_EQ(ops().configure(m_handle, m_design), 0);
+    }
+    ~Device()
+    {
+        ops().unload(m_design);
+        ops().free(m_handle);
+    }
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    std::uint64_t handle() const { return m_handle; }
+    std::uint32_t id(const std::string& name) const { return ops().id(m_design, name.c_str()); }
+    std::int32_t write(const std::string& name, std::uint64_t value) const
+    {
+        return ops().write(m_handle, id(name), value);
+    }
+    std::uint64_t read(const std::string& name) const
+    {
+        std::uint64_t value = 0xDEAD;
+        ops().read(m_handle, id(name), &value);
+        return value;
+    }
+
+    void mdioWrite(std::uint8_t number, std::uint16_t value) const
+    {
+        write("GigE_MdioRegAddr", number);
+        write("GigE_Mdio", value);
+        write("GigE_MdioWR", 0);
+    }
+    std::uint64_t mdioRead(std::uint8_t number) const
+    {
+        write("GigE_MdioRegAddr", number);
+        write("GigE_MdioRD", 0);
+        return read("MdioReadReg");
+    }
+
+    void send(const Bytes& frame, int port = 0) const
+    {
+        const std::string number = std::to_string(port);
+        const std::uint32_t data = id("GigeWriteData" + number);
+        write("GigeBufferReset" + number, 0);
+        for (std::size_t i = 0; i + 1 < frame.size(); i += 2)
+            ops().write(m_handle, data, std::uint64_t(frame[i] | frame[i + 1] << 8) | 0xA5A50000);
+        write("GigeWriteComplete" + number, 0);
+    }
+    /// The next transmission with its size word; empty after a time-out.
+    Words receive(std::uint32_t port, std::uint32_t timeoutMs = 500) const
+    {
+        Words words(1);
+        if (ops().readQueue(m_handle, port, words.data(), 4, timeoutMs) != 4)
+            return {};
+        words.resize(1 + words[0] / 2);
+        const std::uint32_t bytes = words[0] * 2;
+        EXPECT_EQ(ops().readQueue(m_handle, port, words.data() + 1, bytes, timeoutMs),
+                  std::int32_t(bytes / 4 * 4));
+        return words;
+    }
+
+private:
+    std::uint64_t m_handle;
+    std::uint64_t m_design;
+};
+
+Bytes frameOf(std::size_t size, unsigned first = 0)
+{
+    Bytes frame(size);
+    for (std::size_t i = 0; i < size; ++i)
+        frame[i] = std::uint8_t(first + i);
+    return frame;
+}
+
+/// The words in which a frame comes, its bytes being `shown` and the announced size `announced`.
+Words transmission(Bytes shown, std::uint32_t announced)
+{
+    Words words{announced};
+    for (std::size_t i = 0; i + 1 < shown.size(); i += 2)
+        words.push_back(std::uint32_t(shown[i] | shown[i + 1] << 8));
+    words.back() |= 0x10000;
+    return words;
+}
+
+template <typename Condition>
+bool eventually(Condition condition)
+{
+    for (int i = 0; i < 2000 && !condition(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    return condition();
+}
+
+KivoBoardPortCounters counters(const EmulatedBoard& board, std::uint32_t number, std::uint32_t port)
+{
+    KivoBoardPortCounters result{};
+    EXPECT_EQ(board.control().counters(number, port, &result), 0);
+    return result;
+}
+
+std::int32_t plug(const EmulatedBoard& board, std::uint32_t port, const std::string& link)
+{
+    return board.control().plug(0, port, link.c_str(), nullptr, 0);
+}
+
+class Folder {
+public:
+    Folder()
+        : m_path(std::filesystem::temp_directory_path() / ("board-tests-" + std::to_string(::getpid())))
+    {
+        std::filesystem::create_directories(m_path);
+    }
+    ~Folder() { std::filesystem::remove_all(m_path); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    std::string file(const char* name) const { return m_path / name; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+void writeCapture(const std::string& path, const std::vector<Bytes>& frames, int linkType = DLT_EN10MB)
+{
+    pcap_t* const format = pcap_open_dead(linkType, 65535);
+    pcap_dumper_t* const dumper = pcap_dump_open(format, path.c_str());
+    for (const Bytes& frame : frames) {
+        pcap_pkthdr header{};
+        header.caplen = header.len = bpf_u_int32(frame.size());
+        pcap_dump(reinterpret_cast<u_char*>(dumper), &header, frame.data());
+    }
+    pcap_dump_close(dumper);
+    pcap_close(format);
+}
+
+/// The same in the newer format, one frame of a length that is a multiple of four.
+void writeCaptureNg(const std::string& path, const Bytes& frame)
+{
+    const auto size = std::uint32_t(frame.size());
+    const Words head{0x0A0D0D0A, 28, 0x1A2B3C4D, 1,         0xFFFFFFFF, 0xFFFFFFFF, 28, 1,    20,  1,
+                     65535,      20, 6,          32 + size, 0,          0,          0,  size, size};
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(head.data()), std::streamsize(head.size() * 4));
+    file.write(reinterpret_cast<const char*>(frame.data()), size);
+    const std::uint32_t tail = 32 + size;
+    file.write(reinterpret_cast<const char*>(&tail), 4);
+}
+
+std::vector<Bytes> readCapture(const std::string& path)
+{
+    std::vector<Bytes> frames;
+    char error[PCAP_ERRBUF_SIZE];
+    pcap_t* const capture = pcap_open_offline(path.c_str(), error);
+    if (capture == nullptr)
+        return frames;
+    pcap_pkthdr* header = nullptr;
+    const u_char* bytes = nullptr;
+    while (pcap_next_ex(capture, &header, &bytes) == 1) {
+        EXPECT_GT(header->ts.tv_sec, 1700000000);
+        frames.emplace_back(bytes, bytes + header->caplen);
+    }
+    pcap_close(capture);
+    return frames;
+}
+
+TEST(BoardHandles, badOnesAreRefusedAtOnceAndLeaveValuesAlone)
+{
+    EmulatedBoard board;
+    const std::uint64_t freed = ops().init(0);
+    EXPECT_EQ(ops().free(freed), 0);
+    const std::uint64_t design = ops().design(2, 0);
+    const std::uint32_t id = ops().id(design, "GigE_Reset");
+    std::uint64_t value = 77;
+    std::uint32_t word = 0;
+    for (const std::uint64_t bad : {std::uint64_t(0), freed, design, ~std::uint64_t(0)}) {
+        const std::vector<std::int32_t> statuses{ops().free(bad),
+                                                 ops().put(bad),
+                                                 ops().configure(bad, design),
+                                                 ops().write(bad, id, 0),
+                                                 ops().read(bad, id, &value),
+                                                 ops().clear(bad, 0),
+                                                 ops().readQueue(bad, 0, &word, 4, 5000),
+                                                 ops().lostWords(bad, 0)};
+        EXPECT_THAT(statuses, testing::Each(AllOf(testing::Lt(0), testing::Ne(timedOut)))) << bad;
+        EXPECT_EQ(ops().infoInt(bad, "ports/gige"), 0);
+        EXPECT_EQ(ops().infoText(bad, "board/name"), nullptr);
+    }
+    EXPECT_EQ(value, 77u);
+    const std::uint64_t device = ops().init(1);
+    EXPECT_LT(ops().configure(device, freed), 0);
+    EXPECT_LT(ops().put(device), 0) << "was not taken from the list";
+    EXPECT_EQ(ops().id(device, "GigE_Reset"), 0u);
+    EXPECT_LT(ops().unload(device), 0);
+    EXPECT_LT(ops().readQueue(device, 2, &word, 4, 5000), 0) << "the board has two ports";
+    EXPECT_LT(ops().readQueue(device, 16, &word, 4, 5000), 0);
+    EXPECT_LT(ops().readQueue(device, 0, nullptr, 4, 5000), 0);
+    EXPECT_LT(ops().read(device, id, nullptr), 0);
+    EXPECT_LT(ops().read(device, 0, &value), 0);
+    EXPECT_LT(ops().write(device, 0, 15), 0);
+    EXPECT_EQ(value, 77u);
+    EXPECT_EQ(board.openHandles(), 1u);
+    EXPECT_EQ(board.openDesigns(), 1u);
+    EXPECT_EQ(board.control().loadSetup(nullptr), 0);
+    EXPECT_LT(ops().free(device), 0) << "died with the power";
+    EXPECT_EQ(board.openHandles() + board.openDesigns(), 0u);
+    EXPECT_EQ(ops().init(2), 0u);
+    EXPECT_EQ(ops().design(9, 9), 0u);
+    EXPECT_EQ(ops().loadFile("any", 0), 0u);
+}
+
+TEST(BoardSetup, fitsBoardsAndDesigns)
+{
+    EmulatedBoard board("[Board0]\nname=One, two\nserial=0x1234\ntype=7\nfirmware=3.1\nports=1\nlink0=none\n"
+                        "[Board1]\ndevice=5\ncaminterface=Other\n"
+                        "[Design3.1]\nlacks=GigE_Mdio, GigeWriteData\n");
+    ASSERT_EQ(ops().count(), 2u);
+    EXPECT_EQ(ops().get(1), 0u);
+    const std::uint64_t second = ops().get(5);
+    EXPECT_STREQ(ops().infoText(second, "board/caminterface"), "Other");
+    EXPECT_EQ(ops().infoInt(second, "ports/gige"), 4);
+    EXPECT_EQ(board.control().setInfoInt(1, "board/serial", 0), 0);
+    EXPECT_EQ(ops().infoInt(second, "board/serial"), 0);
+    const char* const before = ops().infoText(second, "board/name");
+    EXPECT_EQ(board.control().setInfoString(1, "board/name", nullptr), 0);
+    EXPECT_EQ(ops().infoText(second, "board/name"), nullptr);
+    EXPECT_STREQ(before, "Emulated GigE board") << "a text that was given stays";
+    EXPECT_EQ(ops().put(second), 0);
+
+    const std::uint64_t first = ops().init(0);
+    EXPECT_STREQ(ops().infoText(first, "board/name"), "One,two");
+    EXPECT_EQ(ops().infoInt(first, "board/serial"), 0x1234);
+    EXPECT_EQ(ops().infoInt(first, "board/type"), 7);
+    EXPECT_EQ(ops().infoInt(first, "firmware/major") * 10 + ops().infoInt(first, "firmware/minor"), 31);
+    EXPECT_EQ(ops().infoInt(first, "unknown"), 0);
+    const std::uint64_t design = ops().design(3, 1);
+    EXPECT_EQ(ops().id(design, "GigE_Mdio") + ops().id(design, "GigeWriteData0"), 0u);
+    EXPECT_NE(ops().id(design, "GigE_MdioRD"), 0u);
+}
+
+TEST(BoardSetup, refusesWhatItDoesNotUnderstandAndKeepsWhatIsThere)
+{
+    const char* const bad[] = {
+        "loose=1\n",
+        "[Board1]\nports=1\n",
+        "[Board0]\nfoo=1\n",
+        "[Other]\na=1\n",
+        "[Board0]\nports=9\n",
+        "[Board0]\nports=x\n",
+        "[Board0]\nlineSpeed=yes\n",
+        "[Board0]\nfirmware=2\n",
+        "[Board0]\nlink4=none\n",
+        "[Board0]\nlink0=tin:can\n",
+        "[Board0]\nlink0=pair:0.9\n",
+        "[Board0]\nlink0=pair:00\n",
+        "[Board0]\nlink0=file:/no/such.pcap,\n",
+        "[Board0]\nlink0=file:,/no/such/folder.pcap\n",
+        "[Design3]\nlacks=\n",
+        "[Design3.1]\nlacks=Nothing\n",
+        "[Board0]\ndevice=1\n[Board1]\nserial=1\n",
+        "[Board0\n",
+    };
+    EmulatedBoard board;
+    const std::uint64_t held = ops().init(1);
+    testing::internal::CaptureStderr();
+    for (const char* text : bad)
+        EXPECT_THROW(EmulatedBoard{text}, std::runtime_error) << text;
+    EXPECT_LT(board.control().loadSetup("/no/such/file"), 0);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                AllOf(HasSubstr("[Board0] foo: unknown key"), HasSubstr("unknown link 'tin:can'")));
+    EXPECT_EQ(ops().infoInt(held, "ports/gige"), 2);
+}
+
+TEST(BoardSetupDeathTest, badFileFromTheEnvironmentGivesNoBoards)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            ::setenv("KIVO_BOARD_SETUP", "/no/such/file", 1);
+            std::_Exit(int(ops().count()));
+        },
+        testing::ExitedWithCode(0), "KIVO_BOARD_SETUP /no/such/file: no such file");
+}
+
+TEST(BoardDesigns, lackWhatTheirVersionLacks)
+{
+    EmulatedBoard board;
+    const std::map<std::string, std::string> lackingIn{{"ActionCmdConfigData3", "1 "},
+                                                       {"GigeRecvPktCnt0", "2 "},
+                                                       {"GvcpFiFoNotEmpty_GigeTransceiver7", "2 "},
+                                                       {"GigeTxDisableCrcGeneration1", "3 "},
+                                                       {"GigeTxTransferActive0", ""},
+                                                       {"GigE_RxEnable", ""},
+                                                       {"GigeTxStart", "0 1 2 3 "},
+                                                       {"GigE_Reset0", "0 1 2 3 "},
+                                                       {"GigeTxStart8", "0 1 2 3 "},
+                                                       {"GigeTxStart-1", "0 1 2 3 "},
+                                                       {"", "0 1 2 3 "}};
+    for (const auto& [name, expected] : lackingIn) {
+        std::string lacking;
+        for (std::uint8_t minor = 0; minor < 4; ++minor) {
+            const Device device(0, minor);
+            if (device.id(name) == 0)
+                lacking += std::to_string(minor) + " ";
+        }
+        EXPECT_EQ(lacking, expected) << name;
+    }
+    const Device all;
+    const std::uint32_t id = all.id("GigeTxDisableCrcGeneration0");
+    EXPECT_EQ(all.write("GigeTxDisableCrcGeneration0", 1), 0);
+    EXPECT_LT(all.write("GigeTxDisableCrcGeneration4", 1), 0) << "the board has four ports";
+    const Device lacking(0, 3);
+    std::uint64_t value = 5;
+    EXPECT_LT(ops().read(lacking.handle(), id, &value), 0);
+    EXPECT_EQ(value, 5u);
+    std::uint64_t held = 0;
+    EXPECT_EQ(board.control().registerValue(0, "GigeTxDisableCrcGeneration0", &held), 0);
+    EXPECT_EQ(held, 1u) << "loading a design leaves the state";
+    EXPECT_LT(board.control().registerValue(0, "Gige", &held), 0);
+    EXPECT_EQ(board.control().setRegisterValue(0, "GigeRecvPktCnt1", 1234567890123), 0);
+    EXPECT_EQ(Device().read("GigeRecvPktCnt1"), 1234567890123u);
+}
+
+TEST(BoardPhys, answerOverMdioAndGoThroughResets)
+{
+    EmulatedBoard board;
+    const Device device;
+    device.write("GigE_MdioPhyAddr", 2);
+    EXPECT_EQ(device.mdioRead(0), 0x1140u);
+    EXPECT_EQ(device.mdioRead(1) & 0x24, 0x24u) << "link up, negotiation complete";
+    device.mdioWrite(29, 27);
+    device.mdioWrite(30, 0x418F);
+    device.mdioWrite(29, 11);
+    EXPECT_EQ(device.mdioRead(30), 0u);
+    device.mdioWrite(29, 27);
+    EXPECT_EQ(device.mdioRead(30), 0x418Fu);
+    device.mdioWrite(4, 0x55);
+
+    EXPECT_EQ(board.control().setPhyResetReads(0, 2, 2), 0);
+    device.mdioWrite(0, 0x9140);
+    EXPECT_EQ(board.control().phyRegister(0, 2, 0), 0x9140);
+    EXPECT_THAT((std::array{device.mdioRead(0), device.mdioRead(0), device.mdioRead(0)}),
+                ElementsAre(0x9140, 0x9140, 0x1140));
+    EXPECT_EQ(device.mdioRead(4), 0x01E1u) << "a reset by software forgets the registers";
+    EXPECT_EQ(board.control().phyIndirect(0, 2, 27), 0x418F) << "but not the indirect ones";
+    EXPECT_EQ(board.control().phyIndirect(0, 1, 27), 0) << "of another PHY";
+
+    EXPECT_EQ(board.control().holdPhy(0, 2, 1), 0);
+    EXPECT_EQ(device.mdioRead(0), 0x9140u);
+    EXPECT_EQ(board.control().holdPhy(0, 2, 0), 0);
+    EXPECT_EQ(device.mdioRead(0), 0x1140u);
+    EXPECT_LT(board.control().holdPhy(0, 4, 1), 0);
+
+    device.write("GigE_Reset", 0b1011);
+    EXPECT_EQ(device.mdioRead(2), 0xFFFFu);
+    device.write("GigE_Reset", 15);
+    EXPECT_EQ(board.control().phyIndirect(0, 2, 27), 0) << "a reset by its line forgets all";
+    device.write("GigE_MdioPhyAddr", 4);
+    EXPECT_EQ(device.mdioRead(2), 0xFFFFu) << "there is no such PHY";
+    board.control().setPhyRegister(0, 3, 17, 0xAC08);
+    device.write("GigE_MdioPhyAddr", 3);
+    EXPECT_EQ(device.mdioRead(17), 0xAC08u);
+}
+
+TEST(BoardQueues, readWaitsForAllThatIsAskedAndTakesWhatIsThereAtTheEnd)
+{
+    EmulatedBoard board("[Board0]\nreceiveCapacity=5\nactionCapacity=2\n");
+    const Device device;
+    Words words(8, 0xA5);
+    EXPECT_EQ(ops().readQueue(device.handle(), 1, words.data(), 4, 0), timedOut);
+    EXPECT_EQ(ops().readQueue(device.handle(), 1, words.data(), 3, 1000), 0) << "not a whole word";
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(ops().readQueue(device.handle(), 1, words.data(), 4, 50), timedOut);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(50));
+    board.inject(1, {1, 2, 3});
+    EXPECT_EQ(ops().readQueue(device.handle(), 1, words.data(), 10, 5000), 8);
+    board.inject(1, {4, 5, 6, 7, 8, 9}); // around the end of the ring, two too many
+    EXPECT_EQ(ops().lostWords(device.handle(), 1), 2);
+    EXPECT_EQ(board.control().queuedWords(0, 1), 5u);
+    EXPECT_EQ(ops().readQueue(device.handle(), 1, words.data(), 24, 20), 20);
+    EXPECT_THAT(words, ElementsAre(3, 4, 5, 6, 7, 0xA5, 0xA5, 0xA5));
+    board.inject(9, {0x10003, 1, 2});
+    EXPECT_EQ(ops().lostWords(device.handle(), 9), 1);
+    board.control().setLostWords(0, 9, -7);
+    EXPECT_EQ(ops().lostWords(device.handle(), 9), -7);
+    EXPECT_EQ(ops().clear(device.handle(), 9), 0);
+    EXPECT_EQ(ops().readQueue(device.handle(), 9, words.data(), 4, 0), timedOut);
+
+    std::thread late([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        board.inject(0, {8});
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        board.inject(0, {9});
+    });
+    EXPECT_EQ(ops().readQueue(device.handle(), 0, words.data(), 8, 5000), 8);
+    late.join();
+}
+
+TEST(BoardQueues, lostDeviceWakesItsReaders)
+{
+    EmulatedBoard board;
+    const std::vector<std::function<void(std::uint64_t)>> ends{
+        [](std::uint64_t handle) { ops().free(handle); },
+        [&](std::uint64_t) { board.control().loadSetup(nullptr); }};
+    for (const auto& end : ends) {
+        const std::uint64_t handle = ops().init(0);
+        std::int32_t result = 0;
+        std::uint32_t word = 0;
+        std::thread reader([&] { result = ops().readQueue(handle, 8, &word, 4, 60000); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        end(handle);
+        reader.join();
+        EXPECT_LT(result, 0);
+        EXPECT_NE(result, timedOut);
+    }
+}
+
+TEST(BoardTransmitter, sendsFramesToTheOtherEndOfACable)
+{
+    EmulatedBoard board;
+    const Device device;
+    EXPECT_EQ(plug(board, 0, "pair:0.2"), 0);
+    device.send(frameOf(60));
+    EXPECT_EQ(device.receive(2), transmission(frameOf(60), 60));
+    device.send(frameOf(1518), 2);
+    EXPECT_EQ(device.receive(0), transmission(frameOf(1518), 1518));
+    Bytes filled = frameOf(42);
+    device.send(filled);
+    filled.resize(60);
+    EXPECT_EQ(device.receive(2), transmission(filled, 60)) << "filled up as any sender does";
+
+    device.write("GigeTxDisableCrcGeneration0", 1);
+    Bytes withSequence = frameOf(60);
+    withSequence.insert(withSequence.end(), {0xEE, 0x7F, 0xEC, 0xB0}); // of another implementation
+    device.send(withSequence);
+    EXPECT_EQ(device.receive(2), transmission(frameOf(60), 60));
+    withSequence.back() ^= 1;
+    device.send(withSequence);
+    device.send(frameOf(2));
+    EXPECT_TRUE(eventually([&] { return device.read("GigeRecvErrCnt2") == 2; }));
+    EXPECT_EQ(counters(board, 0, 2).crcErrors, 2u);
+    EXPECT_EQ(device.read("GigeRecvPktCnt2") * 100 + device.read("CtrlPktReceivedCnt2") * 10 +
+                  device.read("CtrlPktSendUiqCnt2"),
+              333u);
+    const KivoBoardPortCounters sent = counters(board, 0, 0);
+    EXPECT_EQ(sent.framesSent, 5u);
+    EXPECT_EQ(sent.bytesSent, 60u + 60 + 60 + 60 + 0);
+    EXPECT_EQ(counters(board, 0, 2).bytesReceived, 180u);
+    EXPECT_EQ(board.control().linkIdle(0, 2), 1);
+    EXPECT_EQ(device.receive(2, 0), Words());
+}
+
+TEST(BoardTransmitter, obeysItsRegisters)
+{
+    EmulatedBoard board("[Board0]\nlink0=pair:0.0\nlineSpeed=true\n");
+    const Device device;
+    for (const char* name : {"GigE_TxStart", "GigeTxStart0", "GigE_Reset"}) {
+        device.write(name, 0);
+        device.send(frameOf(60));
+        device.write(name, 15);
+    }
+    device.send(frameOf(16386)); // one word more than the buffer holds
+    EXPECT_EQ(counters(board, 0, 0).framesUnsent, 4u);
+    device.write("GigE_RxEnable", 0);
+    device.send(frameOf(60));
+    EXPECT_TRUE(eventually([&] { return counters(board, 0, 0).framesDropped == 1; }));
+    device.write("GigE_RxEnable", 1);
+
+    EXPECT_TRUE(eventually([&] { return device.read("GigeTxTransferActive0") == 0; }));
+    device.send(frameOf(16384)); // some 130 us on the line
+    EXPECT_EQ(device.read("GigeTxTransferActive0"), 1u);
+    EXPECT_EQ(device.receive(0).size(), 8193u);
+    EXPECT_TRUE(eventually([&] { return device.read("GigeTxTransferActive0") == 0; }));
+    EXPECT_EQ(board.control().freezeTransmitter(0, 0, 0x1FF), 0);
+    EXPECT_EQ(device.read("GigeTxTransferActive0"), 0x1FFu);
+    EXPECT_EQ(board.control().freezeTransmitter(0, 0, 0), 0);
+    EXPECT_EQ(device.read("GigeTxTransferActive0"), 0u);
+
+    device.send(frameOf(60));
+    device.write("GigeWriteData0", 0xFFFF); // no reset before: the frame grows
+    device.write("GigeWriteComplete0", 0);
+    EXPECT_EQ(device.receive(0).size(), 31u);
+    EXPECT_EQ(device.receive(0).size(), 32u);
+}
+
+TEST(BoardLinks, cableCarriesEverythingBothWaysAsLongAsBothEndsRead)
+{
+    constexpr unsigned frames = 3000;
+    EmulatedBoard board("[Board0]\nreceiveCapacity=1000\nlink0=pair:1.3\n[Board1]\nreceiveCapacity=1000\n");
+    const Device ends[] = {Device(0), Device(1)};
+    const std::uint32_t ports[] = {0, 3};
+    std::array<unsigned, 2> wrong{};
+    std::vector<std::thread> threads;
+    for (std::size_t end = 0; end < 2; ++end) {
+        threads.emplace_back([&, end] {
+            const std::string active = "GigeTxTransferActive" + std::to_string(ports[end]);
+            for (unsigned i = 0; i < frames; ++i) {
+                while (ends[end].read(active) != 0)
+                    std::this_thread::yield();
+                ends[end].send(frameOf(60 + i % 64 * 2, i), int(ports[end]));
+            }
+        });
+        threads.emplace_back([&, end] {
+            for (unsigned i = 0; i < frames; ++i) {
+                const auto size = std::uint32_t(60 + i % 64 * 2);
+                wrong[end] +=
+                    ends[end].receive(ports[end], 5000) != transmission(frameOf(size, i), size) ? 1 : 0;
+            }
+        });
+        threads.emplace_back([&, end] { // what the worker of a port does beside
+            std::uint32_t word = 0;
+            EXPECT_EQ(ops().readQueue(ends[end].handle(), ports[end] + 8, &word, 4, 100), timedOut);
+        });
+    }
+    for (std::thread& each : threads)
+        each.join();
+    EXPECT_THAT(wrong, ElementsAre(0, 0));
+    EXPECT_EQ(counters(board, 1, 3).framesReceived, frames);
+}
+
+TEST(BoardLinks, framesForWhomNobodyReadsAreLostAndCounted)
+{
+    for (const char* pause : {"0", "50"}) {
+        EmulatedBoard board("[Board0]\nlink0=pair:0.1\nreceiveCapacity=70\npauseMs=" + std::string(pause) +
+                            "\n");
+        const Device device;
+        for (unsigned i = 0; i < 10; ++i)
+            device.send(frameOf(60, i));
+        EXPECT_TRUE(eventually([&] { return counters(board, 0, 1).framesDropped == 8; }));
+        EXPECT_EQ(ops().lostWords(device.handle(), 1), 8 * 31);
+        EXPECT_EQ(device.read("GvspFiFoOverflow_GigeTransceiver1"), 1u);
+        EXPECT_EQ(device.receive(1), transmission(frameOf(60, 0), 60)) << "whole frames are lost";
+        device.send(frameOf(60, 11));
+        EXPECT_EQ(device.receive(1), transmission(frameOf(60, 1), 60));
+        EXPECT_EQ(device.receive(1), transmission(frameOf(60, 11), 60));
+    }
+}
+
+TEST(BoardLinks, filesAreReplayedAndRecorded)
+{
+    const Folder folder;
+    const std::string in = folder.file("in.pcap");
+    const std::string out = folder.file("out.pcap");
+    const std::string none = folder.file("none.pcap");
+    const std::vector<Bytes> frames{frameOf(42), frameOf(61), frameOf(1514), frameOf(13), frameOf(64)};
+    writeCapture(in, frames);
+    for (const bool announced : {false, true}) {
+        std::string setup = "[Board0]\nreceiveCapacity=760\nlink1=file:";
+        setup.append(in).append(",").append(out);
+        EmulatedBoard board(setup.append("\noddFrames=").append(announced ? "announced" : "padded"));
+        const Device device;
+        ops().clear(device.handle(), 1); // as a user does who opens the port
+        EXPECT_EQ(device.receive(1), transmission(frameOf(42), 42));
+        Bytes odd = frameOf(61);
+        odd.push_back(0);
+        EXPECT_EQ(device.receive(1).front(), announced ? 61u : 62u);
+        EXPECT_EQ(device.receive(1), transmission(frameOf(1514), 1514));
+        EXPECT_EQ(device.receive(1), transmission(frameOf(64), 64)) << "what is no frame does not come";
+        EXPECT_TRUE(eventually([&] { return board.control().linkIdle(0, 1) == 1; }));
+        device.send(frameOf(60, 1), 1);
+        device.write("GigeTxDisableCrcGeneration1", 1);
+        device.send(frameOf(60, 2), 1);
+        EXPECT_TRUE(eventually([&] { return counters(board, 0, 1).refusedAtFarEnd == 1; }));
+        EXPECT_EQ(plug(board, 1, "none"), 0);
+        EXPECT_THAT(readCapture(out), ElementsAre(frameOf(60, 1)));
+    }
+    EmulatedBoard board;
+    const Device device;
+    writeCaptureNg(in, frameOf(64));
+    EXPECT_EQ(plug(board, 0, "file:" + in), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(board.control().queuedWords(0, 0), 0u) << "a replay waits for a reader";
+    EXPECT_EQ(device.receive(0), transmission(frameOf(64), 64));
+
+    char reason[40];
+    const std::string link = "file:" + none + ",";
+    EXPECT_LT(board.control().plug(0, 0, link.c_str(), reason, sizeof reason), 0);
+    EXPECT_EQ(std::string(reason), (none + ": No such file or directory").substr(0, sizeof reason - 1));
+    writeCapture(none, {}, DLT_RAW);
+    EXPECT_LT(plug(board, 0, link), 0);
+    char text[300];
+    board.control().link(0, 0, text, sizeof text);
+    EXPECT_EQ(text, "file:" + in);
+}
+
+TEST(BoardLinks, pullingOneEndOfACableFreesTheOther)
+{
+    EmulatedBoard board;
+    const auto links = [&] {
+        std::string all;
+        for (std::uint32_t port = 0; port < 4; ++port) {
+            char text[40];
+            board.control().link(0, port, text, sizeof text);
+            all += std::string(text) + " ";
+        }
+        return all;
+    };
+    EXPECT_EQ(plug(board, 0, "pair:0.1"), 0);
+    EXPECT_EQ(links(), "pair:0.1 pair:0.0 none none ");
+    EXPECT_EQ(plug(board, 2, "pair:0.1"), 0);
+    EXPECT_EQ(links(), "none pair:0.2 pair:0.1 none ");
+    EXPECT_LT(plug(board, 2, "none:x"), 0);
+    EXPECT_EQ(plug(board, 1, "none"), 0);
+    EXPECT_EQ(links(), "none none none none ");
+    EXPECT_LT(board.control().plug(0, 4, "none", nullptr, 0), 0);
+    EXPECT_LT(board.control().linkIdle(7, 0), 0);
+}
+
+TEST(BoardScripts, answerTheCallsTheyAreFor)
+{
+    EmulatedBoard board;
+    const KivoBoardControl& control = board.control();
+    const Device device;
+    EXPECT_EQ(control.script("KHalRegisterRead", 2, 2, 0, -5), 0);
+    EXPECT_EQ(control.script("KHalGetBoardInfoString", 1, 0, 1, 0), 0);
+    EXPECT_LT(control.script("KHalFreeDevice", 0, 1, 0, 0), 0);
+    std::uint64_t value = 0;
+    const std::uint32_t id = device.id("GigE_Reset");
+    std::array<std::int32_t, 4> statuses{};
+    for (std::int32_t& status : statuses)
+        status = ops().read(device.handle(), id, &value);
+    EXPECT_THAT(statuses, ElementsAre(0, -5, -5, 0));
+    EXPECT_EQ(ops().infoText(device.handle(), "board/name"), nullptr);
+    EXPECT_EQ(control.scriptedCalls(), 3u);
+    control.clearScripts();
+    EXPECT_FALSE(board.scriptFired());
+
+    board.failCall(3);
+    EXPECT_EQ(ops().count(), 2u);
+    EXPECT_EQ(device.write("GigE_Reset", 3), -1) << "two calls, the second of which fails";
+    EXPECT_EQ(device.read("GigE_Reset"), 15u);
+    EXPECT_TRUE(board.scriptFired());
+}
+
+TEST(BoardJournal, keepsTheNewestCallsInOrder)
+{
+    EmulatedBoard board;
+    {
+        const Device device(1);
+        device.write("GigE_Reset", 15);
+        ops().write(device.handle(), 0, 15);
+        device.read("MdioReadReg");
+        board.control().note("slept 100");
+        board.inject(0, {0xBEEF}, 1);
+        Words words(1);
+        ops().readQueue(device.handle(), 0, words.data(), 4, 100);
+        ops().clear(device.handle(), 8);
+        ops().infoInt(device.handle(), "ports/gige");
+    }
+    EXPECT_THAT(board.journal(),
+                ElementsAre("KHalInitDevice(1)", "DovFirmwareTrampoline(2, 0)", "KHalConfigureFpga()",
+                            "DovGetRegisterByName(GigE_Reset)", "KHalRegisterWrite(GigE_Reset, 15)",
+                            "KHalRegisterWrite(0, 15)", "DovGetRegisterByName(MdioReadReg)",
+                            "KHalRegisterRead(MdioReadReg)", "slept 100",
+                            "KHalDataQueueReadBufferLong(0, 4, 100)", "KHalDataQueueClear(8)",
+                            "KHalGetBoardInfoInt(ports/gige)", "DovUnloadDovFile()", "KHalFreeDevice()"));
+    const std::vector<KivoBoardCall> calls = board.calls();
+    EXPECT_EQ(calls[9].value, 0xBEEFu);
+    EXPECT_EQ(calls[9].result, 4);
+    EXPECT_EQ(calls[11].result, 2);
+    EXPECT_EQ(calls[0].threadId, std::uint32_t(::gettid()));
+    board.control().setJournalCapacity(2);
+    EXPECT_EQ(board.control().journalDropped(), 12u);
+    EXPECT_THAT(board.journal(), ElementsAre("DovUnloadDovFile()", "KHalFreeDevice()"));
+    board.control().setJournalCapacity(0);
+    ops().count();
+    EXPECT_THAT(board.journal(), ElementsAre());
+}
+
+} // namespace

@@ -1,0 +1,156 @@
+#include "tests/stand-ins/EmulatedBoard.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace mesk::tests {
+
+namespace {
+
+constexpr std::size_t journalCapacityCalls = 100000;
+
+const KivoBoardControl* loadBoard()
+{
+    // Never unloaded: the product's binding keeps it for the life of the process, too.
+    void* const library = ::dlopen(MESK_TEST_KIVO_HAL, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        throw std::runtime_error(::dlerror());
+    const auto table = reinterpret_cast<KivoBoardControlFunction>(::dlsym(library, "KivoBoardControlTable"));
+    if (table == nullptr || table(KIVO_BOARD_CONTROL_VERSION) == nullptr)
+        throw std::runtime_error("no control interface in " MESK_TEST_KIVO_HAL);
+    return table(KIVO_BOARD_CONTROL_VERSION);
+}
+
+/// Which of the numbers of an operation are shown, and whether its text is.
+struct Shown {
+    const char* operation;
+    bool text;
+    std::size_t firstNumber;
+    std::size_t lastNumber; // one behind
+};
+
+constexpr Shown shownOf[] = {
+    {"KHalInitDevice", false, 0, 1},
+    {"KHalFreeDevice", false, 0, 0},
+    {"KHalGetDeviceCount", false, 0, 0},
+    {"KHalGetDevice", false, 0, 1},
+    {"KHalPutDevice", false, 0, 0},
+    {"KHalGetBoardInfoInt", true, 0, 0},
+    {"KHalGetBoardInfoString", true, 0, 0},
+    {"KHalConfigureFpga", false, 0, 0},
+    {"KHalRegisterWrite", true, 2, 3},
+    {"KHalRegisterRead", true, 0, 0},
+    {"KHalDataQueueClear", false, 1, 2},
+    {"KHalDataQueueReadBufferLong", false, 1, 4},
+    {"KHalDataQueueGetNrOfLostWords", false, 1, 2},
+    {"DovFirmwareTrampoline", false, 0, 2},
+    {"DovGetRegisterByName", true, 0, 0},
+    {"DovUnloadDovFile", false, 0, 0},
+    {"DovLoadDovFileWithType", true, 0, 1},
+};
+
+std::string lineOf(const KivoBoardCall& call)
+{
+    const std::string operation = call.operation;
+    if (operation == "note")
+        return call.text;
+    for (const Shown& shown : shownOf) {
+        if (operation != shown.operation)
+            continue;
+        std::string inside;
+        // A register id that is no register's stands for itself.
+        const bool isRegister = operation.rfind("KHalRegister", 0) == 0;
+        if (shown.text)
+            inside = isRegister && call.text[0] == '\0' ? std::to_string(call.arguments[1]) : call.text;
+        for (std::size_t i = shown.firstNumber; i < shown.lastNumber; ++i)
+            inside.append(inside.empty() ? "" : ", ").append(std::to_string(call.arguments[i]));
+        return std::string(operation).append("(").append(inside).append(")");
+    }
+    throw std::logic_error("an operation that nobody knows: " + operation);
+}
+
+} // namespace
+
+EmulatedBoard::EmulatedBoard()
+    : EmulatedBoard(std::string())
+{
+}
+
+EmulatedBoard::EmulatedBoard(const std::string& setupIniText)
+    : m_control(loadBoard())
+{
+    std::int32_t status = -1;
+    if (setupIniText.empty()) {
+        status = m_control->loadSetup(nullptr);
+    } else {
+        static std::atomic<unsigned> number{0};
+        const auto path = std::filesystem::temp_directory_path() /
+                          ("board-" + std::to_string(::getpid()) + "-" + std::to_string(number++) + ".ini");
+        std::ofstream(path) << setupIniText;
+        status = m_control->loadSetup(path.c_str());
+        std::filesystem::remove(path);
+    }
+    if (status != 0)
+        throw std::runtime_error("the set-up was refused");
+    m_control->setJournalCapacity(journalCapacityCalls);
+    m_control->clearJournal();
+}
+
+void EmulatedBoard::failCall(std::uint64_t n)
+{
+    m_control->script("*", n, 1, 1, 0);
+}
+
+bool EmulatedBoard::scriptFired() const
+{
+    return m_control->scriptedCalls() != 0;
+}
+
+std::uint32_t EmulatedBoard::openHandles() const
+{
+    KivoBoardHeld held{};
+    m_control->held(&held);
+    return held.devices;
+}
+
+std::uint32_t EmulatedBoard::openDesigns() const
+{
+    KivoBoardHeld held{};
+    m_control->held(&held);
+    return held.designs;
+}
+
+std::vector<KivoBoardCall> EmulatedBoard::calls() const
+{
+    std::vector<KivoBoardCall> calls;
+    KivoBoardCall call{};
+    while (m_control->journalEntry(calls.size(), &call) == 0)
+        calls.push_back(call);
+    return calls;
+}
+
+std::vector<std::string> EmulatedBoard::journal() const
+{
+    std::vector<std::string> lines;
+    for (const KivoBoardCall& call : calls())
+        lines.push_back(lineOf(call));
+    return lines;
+}
+
+void EmulatedBoard::clearJournal()
+{
+    m_control->clearJournal();
+}
+
+void EmulatedBoard::inject(std::uint32_t queue, const std::vector<std::uint32_t>& words, std::uint32_t board)
+{
+    m_control->injectWords(board, queue, words.data(), std::uint32_t(words.size()));
+}
+
+} // namespace mesk::tests
