@@ -7,11 +7,12 @@
 #include <QByteArray>
 #include <QtEndian>
 
-#include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace kivo::core::mesk {
 
@@ -125,7 +126,9 @@ KivoGbePhysicalNetworkInterface::receiveTransmission(std::uint32_t announcedByte
 
     QByteArray bytes(static_cast<int>(transmissionSize / 2), Qt::Uninitialized);
     packWords(words.data(), transmissionSize / wordBytes, bytes.data());
-    auto frame = boost::make_shared<EthernetFrame>(bytes);
+    // Not make_shared: the copy that it makes of its pointer costs two locked instructions, more than the
+    // second allocation.
+    boost::shared_ptr<EthernetFrame> frame(new EthernetFrame(std::move(bytes)));
     r.framesReceived.add(1);
     r.bytesReceived.add(transmissionSize / 2);
     return frame;

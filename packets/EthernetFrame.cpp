@@ -7,6 +7,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
 
 namespace {
 constexpr int destinationAt = 0, sourceAt = destinationAt + MacAddress::sizeBytes,
@@ -46,25 +49,34 @@ struct EthernetFrame::D {
     {
     }
 
-    void parse(const QByteArray& bytes);
+    explicit D(QByteArray&& bytes)
+        : source(readAddress(bytes, sourceAt))
+        , destination(readAddress(bytes, destinationAt))
+    {
+        if (parseHeader(bytes))
+            raw = std::move(bytes);
+    }
+
+    /// Whether the array holds a whole header; takes type and header size from it.
+    bool parseHeader(const QByteArray& bytes);
     QByteArray serializeChild() const;
 };
 
-void EthernetFrame::D::parse(const QByteArray& bytes)
+bool EthernetFrame::D::parseHeader(const QByteArray& bytes)
 {
     if (bytes.size() < payloadAt)
-        return;
+        return false;
     const quint16 type = readField<quint16>(bytes, typeAt);
-    if (type == vlanTagType) {
-        if (bytes.size() < taggedPayloadAt)
-            return;
-        etherType = readField<quint16>(bytes, taggedTypeAt);
-        headerSize = taggedHeaderSizeBytes;
-    } else {
+    if (type != vlanTagType) {
         etherType = type;
         headerSize = headerSizeBytes;
+        return true;
     }
-    raw = bytes;
+    if (bytes.size() < taggedPayloadAt)
+        return false;
+    etherType = readField<quint16>(bytes, taggedTypeAt);
+    headerSize = taggedHeaderSizeBytes;
+    return true;
 }
 
 QByteArray EthernetFrame::D::serializeChild() const
@@ -83,7 +95,7 @@ QByteArray EthernetFrame::D::serializeChild() const
 }
 
 EthernetFrame::EthernetFrame(const MacAddress& source, const MacAddress& destination, InternetPacket* child)
-    : d(std::make_unique<D>(source, destination))
+    : d(new (m_place) D(source, destination))
 {
     d->child = child;
     d->headerSize = headerSizeBytes;
@@ -91,7 +103,7 @@ EthernetFrame::EthernetFrame(const MacAddress& source, const MacAddress& destina
 
 EthernetFrame::EthernetFrame(const MacAddress& source, const MacAddress& destination,
                              const QByteArray& typeAndPayload)
-    : d(std::make_unique<D>(source, destination))
+    : d(new (m_place) D(source, destination))
 {
     if (typeAndPayload.size() < 2)
         return;
@@ -103,12 +115,20 @@ EthernetFrame::EthernetFrame(const MacAddress& source, const MacAddress& destina
 }
 
 EthernetFrame::EthernetFrame(const QByteArray& bytes)
-    : d(std::make_unique<D>(readAddress(bytes, sourceAt), readAddress(bytes, destinationAt)))
+    : EthernetFrame(QByteArray(bytes))
 {
-    d->parse(bytes);
 }
 
-EthernetFrame::~EthernetFrame() = default;
+EthernetFrame::EthernetFrame(QByteArray&& bytes)
+    : d(new (m_place) D(std::move(bytes)))
+{
+    static_assert(sizeof(D) <= recordSizeBytes && alignof(D) <= recordAlignment, "the record fits its place");
+}
+
+EthernetFrame::~EthernetFrame()
+{
+    d->~D();
+}
 
 quint32 EthernetFrame::layer() const
 {

@@ -5,7 +5,7 @@
 
 #include <QByteArray>
 
-#include <memory>
+#include <cstddef>
 
 class InternetPacket;
 
@@ -40,6 +40,8 @@ public:
     /// Raw-backed frame, parsed. It shares @p bytes, tag and trailing bytes included; the payload is neither
     /// copied nor looked at. Where fewer than 14 bytes (18 with a tag) are given the frame keeps none.
     explicit EthernetFrame(const QByteArray& bytes);
+    /// The same from an array that is given up: on the way in a frame is the array's one holder.
+    explicit EthernetFrame(QByteArray&& bytes);
     EthernetFrame(const EthernetFrame&) = delete;
     EthernetFrame& operator=(const EthernetFrame&) = delete;
     ~EthernetFrame() override;
@@ -85,5 +87,8 @@ public:
 
 private:
     struct D;
-    std::unique_ptr<D> d;
+    // The record stands in the frame's own block: a frame is received with one allocation less.
+    static constexpr std::size_t recordSizeBytes = 56, recordAlignment = 8;
+    alignas(recordAlignment) std::byte m_place[recordSizeBytes];
+    D* const d;
 };

@@ -15,11 +15,6 @@ MacAddress::MacAddress(quint8 byte0, quint8 byte1, quint8 byte2, quint8 byte3, q
 {
 }
 
-MacAddress::MacAddress(const quint8* sixBytes) noexcept
-{
-    std::copy_n(sixBytes, m_bytes.size(), m_bytes.begin());
-}
-
 MacAddress::MacAddress(quint64 number) noexcept
 {
     for (quint8& byte : m_bytes) {

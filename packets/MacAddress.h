@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <array>
+#include <cstring>
 #include <string>
 
 /// Ethernet address (IEEE 802 MAC-48): six bytes in wire order. Index 0 is the first byte on the wire and the
@@ -17,7 +18,7 @@ public:
     /// Six bytes in wire order.
     MacAddress(quint8 byte0, quint8 byte1, quint8 byte2, quint8 byte3, quint8 byte4, quint8 byte5) noexcept;
     /// @param sixBytes six bytes in wire order; they are copied.
-    explicit MacAddress(const quint8* sixBytes) noexcept;
+    explicit MacAddress(const quint8* sixBytes) noexcept { std::memcpy(m_bytes.data(), sixBytes, sizeBytes); }
     /// @param number byte i of the address is bits 8i to 8i+7; bits 48 to 63 are dropped.
     explicit MacAddress(quint64 number) noexcept;
     /// As parse(); 00:00:00:00:00:00 where that gives false.

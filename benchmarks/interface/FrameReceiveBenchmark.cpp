@@ -1,4 +1,3 @@
-#include "benchmarks/AllocationCount.h"
 #include "benchmarks/interface/BenchPort.h"
 #include "packets/EthernetFrame.h"
 
@@ -16,15 +15,12 @@ void receiveFrame(benchmark::State& state)
     const auto port = openBenchPort();
     benchBoardFunction<BenchSetFrameSize>("benchSetFrameSize")(static_cast<std::uint32_t>(state.range(0)));
     bool ok = false;
-    const std::uint64_t before = allocationCount();
     for (auto _ : state) {
         benchmark::DoNotOptimize(port->receiveFrame(&ok));
     }
     if (!ok) {
         state.SkipWithError("no frame");
     }
-    state.counters["allocations"] =
-        static_cast<double>(allocationCount() - before) / static_cast<double>(state.iterations());
 }
 
 void copyWords(benchmark::State& state)

@@ -1,4 +1,3 @@
-#include "benchmarks/AllocationCount.h"
 #include "benchmarks/interface/BenchPort.h"
 #include "packets/EthernetFrame.h"
 
@@ -14,12 +13,9 @@ void sendFrame(benchmark::State& state)
     const auto port = openBenchPort();
     const auto frame =
         boost::make_shared<EthernetFrame>(QByteArray(static_cast<int>(state.range(0)), '\x5a'));
-    const std::uint64_t before = allocationCount();
     for (auto _ : state) {
         port->sendFrame(frame);
     }
-    state.counters["allocations"] =
-        static_cast<double>(allocationCount() - before) / static_cast<double>(state.iterations());
 }
 
 /// The frame's words through one pointer that stays in a register: what no sender can beat that writes

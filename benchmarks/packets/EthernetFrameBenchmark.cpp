@@ -1,4 +1,3 @@
-#include "benchmarks/AllocationCount.h"
 #include "packets/EthernetFrame.h"
 
 #include <benchmark/benchmark.h>
@@ -11,13 +10,10 @@ namespace {
 void frameFromBytes(benchmark::State& state)
 {
     const QByteArray bytes(static_cast<int>(state.range(0)), '\x5a');
-    const std::uint64_t before = allocationCount();
     for (auto _ : state) {
         const EthernetFrame frame(bytes);
         benchmark::DoNotOptimize(&frame);
     }
-    state.counters["allocations"] =
-        static_cast<double>(allocationCount() - before) / static_cast<double>(state.iterations());
     if (EthernetFrame(bytes).serialize().constData() != bytes.constData()) {
         state.SkipWithError("the payload was copied");
     }

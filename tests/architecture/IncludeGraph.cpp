@@ -47,8 +47,9 @@ const std::vector<Rule>& rules()
         {"host/",
          {"host/", "packets/", "gvcp/", "interface/PhysicalNetworkInterfaceEventQueue.h",
           "interface/PhysicalNetworkInterfaceEvent.h", "interface/PniActionCommandTimeout.h",
-          "support/platform/", "stand-ins/board/BoardControl.h", "stand-ins/camera/", "<kivo/", "<boost/",
-          "<Q", "<CLI/", "<fmt/", "<nlohmann/", "<pcap", "<system"}},
+          "support/platform/", "stand-ins/board/BoardControl.h", "stand-ins/dispatcher/DispatcherControl.h",
+          "stand-ins/camera/", "<kivo/", "<boost/", "<Q", "<CLI/", "<fmt/", "<nlohmann/", "<pcap",
+          "<system"}},
     };
     return all;
 }
