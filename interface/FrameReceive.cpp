@@ -91,6 +91,9 @@ KivoGbePhysicalNetworkInterface::receiveTransmission(std::uint32_t announcedByte
     std::array<std::uint32_t, transmissionMaxBytes / wordBytes> words; // NOLINT(*-member-init)
     const bool fits = announcedBytes <= frameMaxBytes;
     const std::uint32_t asked = fits ? announcedBytes * 2U : transmissionMaxBytes;
+    // A library that rounds up may fill the word that an odd announcement asks half of.
+    const std::uint32_t askedWords = (asked + wordBytes - 1) / wordBytes;
+    words[askedWords - 1] = 0;
     const std::int32_t result =
         plugin::KHalDataQueueReadBufferLong(r.boardHandle, r.portId, words.data(), asked, queueReadTimeoutMs);
     if (result < 0) {
@@ -102,7 +105,7 @@ KivoGbePhysicalNetworkInterface::receiveTransmission(std::uint32_t announcedByte
     std::uint32_t transmissionSize = announcedBytes * 2U;
     const std::uint32_t received = static_cast<std::uint32_t>(result) / wordBytes * wordBytes;
     // A library that claims more than it was asked for must not lead behind the buffer.
-    const std::uint32_t delivered = std::min(received, asked) / wordBytes;
+    const std::uint32_t delivered = std::min(received / wordBytes, askedWords);
     const std::uint32_t lastWord = delivered == 0 ? 0 : words[delivered - 1];
     const LostWords lostWords{r.boardHandle, r.portId};
     if ((lastWord & endOfTransmission) == 0) {

@@ -92,9 +92,11 @@ bool KivoGbePhysicalNetworkInterface::isTransmitterReady()
     if (registerId == 0) {
         return true;
     }
-    std::uint64_t active = 1; // so a read that fails counts as busy
-    std::uint64_t deadlineNs = 0;
+    std::uint64_t active = 1;     // so a read that fails counts as busy
+    std::uint64_t deadlineNs = 0; // set once the first read has found it busy
     for (;;) {
+        // Looked at ahead of the read, so that a thread that was held up still reads once more.
+        const bool last = deadlineNs != 0 && templates::platform::os::monotonicNowNs() >= deadlineNs;
         plugin::KHalRegisterRead(boardHandle, registerId, &active);
         if ((active & lowByteMask) == transferActiveUnexpected) {
             reportUnsent(phyText(
@@ -104,10 +106,9 @@ bool KivoGbePhysicalNetworkInterface::isTransmitterReady()
         if (active == 0) {
             return true;
         }
-        const std::uint64_t nowNs = templates::platform::os::monotonicNowNs();
         if (deadlineNs == 0) {
-            deadlineNs = nowNs + transmitterWaitMs * nsPerMs;
-        } else if (nowNs >= deadlineNs) {
+            deadlineNs = templates::platform::os::monotonicNowNs() + transmitterWaitMs * nsPerMs;
+        } else if (last) {
             reportUnsent(
                 phyText(id(), "': Transmitter not ready after ", transmitterWaitMs, " milliseconds"));
             return false;

@@ -14,19 +14,19 @@ RecursiveMutex& KivoGbePhysicalNetworkInterfaceStatics::mdioLock(std::uint32_t b
 bool KivoGbePhysicalNetworkInterfaceStatics::isBoardReset(std::uint32_t boardId)
 {
     const RecursiveMutexGuard guard(&m_fieldsLock);
-    return resetBoards.count(boardId) != 0;
+    return m_resetBoards.count(boardId) != 0;
 }
 
 void KivoGbePhysicalNetworkInterfaceStatics::addResetBoard(std::uint32_t boardId)
 {
     const RecursiveMutexGuard guard(&m_fieldsLock);
-    resetBoards.insert(boardId);
+    m_resetBoards.insert(boardId);
 }
 
 void KivoGbePhysicalNetworkInterfaceStatics::clearResetBoards()
 {
     const RecursiveMutexGuard guard(&m_fieldsLock);
-    resetBoards.clear();
+    m_resetBoards.clear();
 }
 
 } // namespace kivo::core::mesk

@@ -24,9 +24,9 @@ public:
     void clearResetBoards();
 
 private:
+    std::set<std::uint32_t> m_resetBoards;
     // Taken for one look-up or change only, so that nobody waits here for a reset.
     templates::platform::RecursiveMutex m_fieldsLock;
-    std::set<std::uint32_t> resetBoards;
     std::map<std::uint32_t, templates::platform::RecursiveMutex> m_mdioLocks;
 };
 

@@ -142,7 +142,7 @@ quint32 IPv4Packet::totalSize() const
 QByteArray IPv4Packet::serialize() const
 {
     if (!d->writeHeader())
-        return d->data.array();
+        return QByteArray(d->data.constData(), d->data.size()); // never a view on the caller's memory
     const D& r = *d;
     const ByteSlice payload = r.payload();
     QByteArray packet(headerSizeBytes + payload.size(), Qt::Uninitialized);

@@ -25,7 +25,7 @@ int readOctet(AddressText& text)
 bool IpAddress::parse(const QByteArray& bytesOrText)
 {
     if (bytesOrText.size() == sizeBytes) {
-        std::memcpy(&m_value, bytesOrText.constData(), sizeBytes);
+        std::memmove(&m_value, bytesOrText.constData(), sizeBytes); // may be a view of this very address
         return true;
     }
     AddressText text(bytesOrText);

@@ -12,8 +12,9 @@ std::atomic<std::uint32_t> LibraryInitController::s_ownerVariable{0};
 void LibraryInitController::init()
 {
     const SpinLockVariableGuard guard(&s_spinVariable, &s_ownerVariable);
-    if (++s_useCount == 1)
-        s_instance = new LibraryInitController;
+    if (s_useCount == 0)
+        s_instance = new LibraryInitController; // first, so that a use isn't counted without it
+    ++s_useCount;
 }
 
 void LibraryInitController::deinit()

@@ -2,7 +2,7 @@
 
 namespace kivo::plugin {
 
-/// The root of the installation, without a separator at its end. [any thread]
+/// The root of the installation, without a separator at its end unless it is the file system's. [any thread]
 ///
 /// First the parent of the nearest directory above this library's own file that is called `bin`,
 /// `dll`, `Gate Modules`, `lib` or `lib64` (in any case of letters), then the environment:

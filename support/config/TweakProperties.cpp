@@ -127,7 +127,7 @@ std::optional<std::string> argumentValue(const char* argument, const std::string
 template <typename T>
 std::optional<T> commandLineValue(const char* word, std::int32_t argc, const char* const* argv)
 {
-    if (*word == '\0' || argv == nullptr)
+    if (*word == '\0' || argc < 1 || argv == nullptr)
         return std::nullopt;
     const std::string upperWord = upperCase(word);
     for (std::int32_t index = argc - 1; index >= 0; --index) {

@@ -70,11 +70,10 @@ Logger* Logging::getLogger(const char* name)
     r.getLoggerFunction(name, &id, &level);
 
     const ReadWriteLockGuard guard(&r.lock, ReadWriteLockGuard::Write);
-    std::unique_ptr<Logger>& logger = r.loggers[id];
     // The level of a logger that exists stays: later changes arrive through levelChanged.
-    if (logger == nullptr)
-        logger = std::make_unique<Logger>(id, level);
-    return logger.get();
+    if (const auto known = r.loggers.find(id); known != r.loggers.end())
+        return known->second.get();
+    return r.loggers.emplace(id, std::make_unique<Logger>(id, level)).first->second.get();
 }
 
 void Logging::log(std::uint64_t id, std::uint32_t level, const char* text, std::uint32_t extraSize,

@@ -22,7 +22,8 @@ using LogFunction = void (*)(std::uint64_t id, std::uint32_t level, const char* 
 struct LoggingDispatcherDescriptor {
     /// Connects a client; `logging` is its `Logging` object, no more than an identity over there. The
     /// dispatcher fills the two addresses before it returns; it may call `levelChanged` from then on, and
-    /// already while the call lasts.
+    /// already while the call lasts. On another thread it then waits for the end of the call, so `attach`
+    /// must not wait for that thread, nor need a lock that it holds.
     void (*attach)(void* logging, DispatcherGoneFunction dispatcherGone, LevelChangedFunction levelChanged,
                    GetLoggerFunction* getLoggerOut, LogFunction* logOut);
     /// Disconnects it: no callback comes after the return.

@@ -59,14 +59,12 @@ bool SimpleThread::join(std::uint32_t timeoutSeconds)
     if (m_running) {
         if (m_threadId == os::currentThreadId())
             return false; // it would wait for itself
-        ++m_joinerCount;
         guard.unlock();
         if (timeoutSeconds == noTimeout)
             m_endEvent.wait();
         else
             m_endEvent.waitFor(timeoutSeconds * msPerSecond);
         guard.lock();
-        --m_joinerCount;
     }
     // Holding the mutex is safe here: a thread that has finished takes it no more.
     if (m_finished)

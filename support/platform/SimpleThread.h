@@ -24,7 +24,7 @@ public:
 
     /// The thread's body. No exception may leave it.
     virtual void run() = 0;
-    /// Joins without a limit.
+    /// Joins without a limit. Not on the thread itself.
     virtual ~SimpleThread();
 
     /// [any thread] Runs `run` on a thread of its own; nothing happens if it runs already. A thread
@@ -42,11 +42,10 @@ private:
     void finish();
 
     os::NativeThread m_thread;
-    std::uint32_t m_threadId = 0;    ///< 0 when there is no thread
-    bool m_running = false;          ///< between a successful start and the end of run
-    bool m_finished = true;          ///< false only while the thread is to run or runs
-    std::uint32_t m_joinerCount = 0; ///< threads inside join at this moment
-    RecursiveMutex m_mutex;          ///< guards all fields above
+    std::uint32_t m_threadId = 0; ///< 0 when there is no thread
+    bool m_running = false; ///< between a successful start and the end of run
+    bool m_finished = true; ///< false only while the thread is to run or runs
+    RecursiveMutex m_mutex; ///< guards all fields above
     os::ManualResetEvent m_endEvent{true};
 };
 

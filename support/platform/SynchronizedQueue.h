@@ -12,8 +12,8 @@
 namespace kivo::templates::platform {
 
 /// A bounded queue between threads. `push` and `pop` block; `interrupt` wakes whoever waits and ends
-/// the queue for good. Only the destructor is virtual, and all code stands here: the two sides of one
-/// queue may live in two libraries that share the record. [any thread]
+/// the queue for good. The two sides of one queue may live in two binaries that share the record, as long
+/// as both are of one build: each brings its own code of the events. [any thread]
 template <typename T>
 class SynchronizedQueue {
 public:

@@ -102,7 +102,13 @@ TEST_F(FrameReceive, sizesOfZeroLogOncePerRun)
     success(*port, transmission(60, 30));
     board.inject(0, {0});
     EXPECT_EQ(failure(*port), told);
-    EXPECT_THAT(counters(*port), ElementsAre(0, 0, 1, 60, 4, 0, 0, 0));
+    success(*port, transmission(60, 30));
+    log.setLevel(7); // a run that begins unseen stays unseen
+    board.inject(0, {0, 0});
+    EXPECT_EQ(failure(*port), queueRead(4));
+    log.setLevel(2);
+    EXPECT_EQ(failure(*port), queueRead(4));
+    EXPECT_THAT(counters(*port), ElementsAre(0, 0, 2, 120, 6, 0, 0, 0));
 }
 
 TEST_F(FrameReceive, badTransmissionsAreToldFromEachOther)

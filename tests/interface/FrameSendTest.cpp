@@ -61,6 +61,7 @@ TEST_F(FrameSend, writesWholeWordsUpToTheLimitAndZerosForAMissingEnd)
     EXPECT_EQ(stepsOf(*port, frameOf(13)), busyRead + sending(QByteArray(60, '\0')));
     EXPECT_EQ(stepsOf(*port, frameOf(1519)),
               "4 'p': Packet is too large (packet size: 1519, allowed size: 1518)\n");
+    EXPECT_THAT(mesk::tests::TestEventLog::records(), testing::IsEmpty());
     EXPECT_THAT(counters(*port), ElementsAre(9, 60 + 61 + 1517 + 1518 + 5 * 60 + 9 * 4, 0, 0, 0, 0, 0, 0));
 
     setFirmware(1, 0);

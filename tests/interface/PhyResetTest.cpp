@@ -17,6 +17,10 @@ TEST_F(PhyReset, onePortsPhyAloneWhateverTheBoardsState)
                                                         mesk::tests::phySetUp(2, driver));
     EXPECT_EQ(TestClock::sleptMs() - before, 1300U);
     EXPECT_EQ(board.control().phyIndirect(0, 2, 22), 0xA2DA);
+
+    port->requestStop(); // no board counts as reset any more, and one PHY's reset doesn't change that
+    port->resetPhy();
+    EXPECT_THAT(journalOf([&] { openPort(1, true); }), HasSubstr("Resetting GigE hardware on board 0 ... "));
 }
 
 TEST_F(PhyReset, driverClassFollowsTheMaskBothWays)

@@ -10,7 +10,8 @@ bool createDirectory(const std::string& path);
 
 /// Reads a whole file. [any thread]
 /// @param[out] text the file's bytes; unchanged if the result is false.
-/// @returns false if the file can't be opened for reading, or isn't a file of text (a directory).
+/// @returns false if it can't be opened or read, isn't a regular file (a directory, a pipe, a device), or is
+///     larger than 64 MiB.
 bool readTextFile(const std::string& path, std::string& text);
 
 } // namespace kivo::templates::platform::os

@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fstream>
 #include <link.h>
 #include <memory>
+#include <sstream>
 
 namespace kivo::templates::platform::os {
 
@@ -34,16 +36,43 @@ void* moduleSymbol(ModuleHandle handle, const char* name)
     return handle != nullptr ? ::dlsym(handle, name) : nullptr;
 }
 
+namespace {
+
+/// The file that is mapped at an address, as the kernel knows it; empty if there is none.
+std::string mappedFileOf(const void* address)
+{
+    const auto wanted = reinterpret_cast<std::uintptr_t>(address);
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::uintptr_t start = 0, end = 0;
+        char dash = 0;
+        std::istringstream(line) >> std::hex >> start >> dash >> end;
+        const std::size_t path = line.find('/');
+        if (start <= wanted && wanted < end && path != std::string::npos)
+            return line.substr(path);
+    }
+    return {};
+}
+
+/// The name under which the loader holds a module may be relative to a folder that was left since, and it
+/// has none for the program itself.
+std::string fileOf(const link_map& module, const void* address)
+{
+    if (module.l_name[0] == pathSeparator)
+        return module.l_name;
+    return module.l_name[0] == '\0' ? "/proc/self/exe" : mappedFileOf(address);
+}
+
+} // namespace
+
 std::size_t modulePathOf(const void* address, char* buffer, std::size_t size)
 {
     Dl_info info{};
     link_map* map = nullptr;
     if (::dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || map == nullptr)
         return 0;
-    // The program itself has no name in the loader's list, and argv[0] may be relative to a folder that
-    // was left since.
-    const char* const name = map->l_name[0] != '\0' ? map->l_name : "/proc/self/exe";
-    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(name, nullptr), &std::free);
+    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(fileOf(*map, address).c_str(), nullptr),
+                                                           &std::free);
     if (path == nullptr)
         return 0;
     const std::size_t length = std::strlen(path.get());

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <pthread.h>
 #include <type_traits>
 #include <unistd.h>
@@ -50,8 +51,8 @@ NativeThread::~NativeThread()
 
 bool NativeThread::start(Entry entry, void* argument)
 {
-    auto start = std::make_unique<Start>(Start{entry, argument});
-    m_held = ::pthread_create(&m_thread, nullptr, &enter, start.get()) == 0;
+    std::unique_ptr<Start> start(new (std::nothrow) Start{entry, argument});
+    m_held = start != nullptr && ::pthread_create(&m_thread, nullptr, &enter, start.get()) == 0;
     if (m_held)
         static_cast<void>(start.release()); // the thread owns it now
     return m_held;

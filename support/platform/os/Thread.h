@@ -34,8 +34,6 @@ public:
     /// without a thread. Must not be called on the thread itself.
     void join();
 
-    bool held() const { return m_held; }
-
 private:
     unsigned long m_thread = 0;
     bool m_held = false;
