@@ -9,7 +9,7 @@ std::atomic<std::uint64_t> allocations{0};
 
 // The C library's own allocator under its second name; this program's malloc comes before it for every
 // library of the process.
-extern "C" void* __libc_malloc(std::size_t size);
+extern "C" void* __libc_malloc(std::size_t size); // NOLINT(bugprone-reserved-identifier)
 
 extern "C" void* malloc(std::size_t size)
 {

@@ -9,5 +9,7 @@ int main(int argc, char** argv)
                                                {"receiveFrame/1514", "copyWords/1514", 11},
                                                {"sendFrame/1514", "callsThroughPointer/1514", 1.05},
                                                {"crc32/1514", "crc32ByTable/1514", 0.25},
+                                               {"eventHandOver", "bareHandOver", 3},
+                                               {"enabledLine", "textInStringStream", 1.3},
                                            });
 }

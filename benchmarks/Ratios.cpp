@@ -18,7 +18,7 @@ public:
             if (run.aggregate_name == "median") {
                 m_medians[run.run_name.function_name +
                           (run.run_name.args.empty() ? "" : "/" + run.run_name.args)] =
-                    run.GetAdjustedCPUTime();
+                    run.run_name.time_type.empty() ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime();
             }
         }
         ConsoleReporter::ReportRuns(runs);
@@ -62,7 +62,8 @@ int runWithRatios(int argc, char** argv, const std::vector<Ratio>& ratios)
     }
     MedianKeeper reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    std::printf("\nRatios of the medians of CPU time:\n");
+    std::printf(
+        "\nRatios of the medians (CPU time; where threads wait for each other, the time that passed):\n");
     bool within = true;
     for (const auto& ratio : ratios) {
         within = printRatio(reporter.medians(), ratio) && within;

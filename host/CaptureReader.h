@@ -4,9 +4,17 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace mesk::host {
+
+/// What a capture tells of a frame beside its bytes.
+struct FrameStamp {
+    std::int64_t seconds = 0; ///< since 1970, UTC
+    std::uint32_t nanoseconds = 0;
+    std::uint32_t originalBytes = 0; ///< on the wire; more than are there where the capture has cut it
+};
 
 /// Reads the frames of a capture (pcap or pcapng, link type Ethernet) one after the other, so that a
 /// file of any size takes no more memory than its largest frame. One thread at a time.
@@ -19,9 +27,15 @@ public:
     CaptureReader(const CaptureReader&) = delete;
     CaptureReader& operator=(const CaptureReader&) = delete;
 
-    /// @returns false at the end.
+    /// @param stamp takes what the capture tells of the frame; null for nobody.
+    /// @returns false at the end, and once an interrupt was requested while a stream had no more.
     /// @throws Failure where the file is damaged; everything before that place has been given.
-    bool next(QByteArray& frame);
+    bool next(QByteArray& frame, FrameStamp* stamp = nullptr);
+
+    /// How many frames were read. [any thread]
+    std::uint64_t framesRead() const;
+    /// What part of the file was read, where it has a size. [any thread]
+    std::optional<double> fractionRead() const;
 
 private:
     struct D;

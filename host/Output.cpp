@@ -45,17 +45,28 @@ void Output::result(const Json& object, const std::vector<std::string>& tables)
         if (records.empty()) {
             continue;
         }
-        if (name != tables.front()) {
-            printLine("");
-        }
+        separate();
         Table table(records.front());
         for (const Json& each : records) {
             table.fit(each);
         }
-        printHeading(table);
+        printHeading(table.heading());
         for (const Json& each : records) {
             printLine(table.row(each));
         }
+    }
+    flush();
+}
+
+void Output::section(const std::string& title, const std::vector<std::string>& lines)
+{
+    if (m_json) {
+        return;
+    }
+    separate();
+    printHeading(title);
+    for (const std::string& line : lines) {
+        printLine(printable(line));
     }
     flush();
 }
@@ -67,11 +78,21 @@ bool Output::record(const Json& record, const std::vector<std::size_t>& widths)
     } else {
         if (!m_stream) {
             m_stream.emplace(record, widths);
-            printHeading(*m_stream);
+            printHeading(m_stream->heading());
         }
         printLine(m_stream->row(record));
     }
     flush();
+    return !m_readerGone && !m_failed;
+}
+
+bool Output::write(std::string_view lines, bool flushed)
+{
+    std::fwrite(lines.data(), 1, lines.size(), stdout);
+    m_printed = true;
+    if (flushed || std::ferror(stdout) != 0) {
+        flush();
+    }
     return !m_readerGone && !m_failed;
 }
 
@@ -85,11 +106,21 @@ void Output::printLine(const std::string& line)
 {
     std::fwrite(line.data(), 1, line.size(), stdout);
     std::fputc('\n', stdout);
+    m_printed = true;
 }
 
-void Output::printHeading(const Table& table)
+/// An empty line before what isn't the first.
+void Output::separate()
 {
-    printLine(m_colour ? "\033[1m" + table.heading() + "\033[0m" : table.heading());
+    if (m_printed) {
+        printLine("");
+    }
+}
+
+void Output::printHeading(const std::string& text)
+{
+    printLine(m_colour ? "\033[1m" + text + "\033[0m" : text);
+    flush();
 }
 
 void Output::flush()

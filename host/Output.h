@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace mesk::host {
@@ -21,23 +22,34 @@ public:
     /// named.
     void result(const Json& object, const std::vector<std::string>& tables);
 
+    /// Lines under a title, for people alone: nothing under --json.
+    void section(const std::string& title, const std::vector<std::string>& lines);
+
     /// One record of a stream: a line at once, also into a pipe.
     /// @param widths of the columns, used at the first record.
     /// @returns false once nobody takes the output any more.
     bool record(const Json& record, const std::vector<std::size_t>& widths);
+
+    /// Results in a form of the caller's own, whole lines.
+    /// @param flushed they get out at once.
+    /// @returns false once nobody takes the output any more.
+    bool write(std::string_view lines, bool flushed);
+    /// A line that stands out from those below it.
+    void printHeading(const std::string& text);
 
     /// @returns whether everything got out; a reader that has closed its end counts as content.
     bool finish();
 
 private:
     void printLine(const std::string& line);
-    void printHeading(const Table& table);
+    void separate();
     void flush();
 
     bool m_json;
     bool m_quiet;
     bool m_colour;
     std::optional<Table> m_stream;
+    bool m_printed = false;
     bool m_readerGone = false;
     bool m_failed = false;
 };

@@ -19,12 +19,14 @@ struct Port::D {
     boost::shared_ptr<Plugin> plugin; ///< held by a shared pointer, so that the object can ask for one
     PhysicalNetworkInterface* port = nullptr;
     CaptureWriter* writer = nullptr;
-    bool opened = false;
+    int number = 0;
+    bool running = false;
 };
 
 Port::Port(const PluginHost& plugin, int board, int port, bool resetBoard)
     : d(std::make_unique<D>())
 {
+    d->number = port;
     const auto& descriptor = plugin.descriptor();
     d->plugin.reset(descriptor.create(), descriptor.destroy);
     d->plugin->postConstruct();
@@ -41,19 +43,25 @@ Port::Port(const PluginHost& plugin, int board, int port, bool resetBoard)
 
 Port::~Port()
 {
-    if (d->opened) {
-        d->port->requestStop();
-        d->port->finish();
-    }
+    stop();
 }
 
 bool Port::open()
 {
-    d->opened = d->port->open();
-    if (d->opened) {
+    d->running = d->port->open();
+    if (d->running) {
         d->port->startWorkers();
     }
-    return d->opened;
+    return d->running;
+}
+
+void Port::stop()
+{
+    if (d->running) {
+        d->running = false;
+        d->port->requestStop();
+        d->port->finish();
+    }
 }
 
 void Port::send(const OutgoingFrame& frame)
@@ -80,6 +88,26 @@ std::optional<QByteArray> Port::receive()
 void Port::resetPhy()
 {
     d->port->resetPhy();
+}
+
+void Port::debugOutput()
+{
+    d->port->debugOutput();
+}
+
+boost::shared_ptr<kivo::core::mesk::PhysicalNetworkInterfaceEventQueue> Port::eventQueue()
+{
+    return d->port->eventQueue();
+}
+
+int Port::number() const
+{
+    return d->number;
+}
+
+const std::string& Port::id() const
+{
+    return d->port->id();
 }
 
 void Port::record(CaptureWriter* writer)

@@ -2,12 +2,16 @@
 
 #include <QByteArray>
 
+#include <boost/shared_ptr.hpp>
+
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace kivo::core::mesk {
 class PhysicalNetworkInterface;
-}
+class PhysicalNetworkInterfaceEventQueue;
+} // namespace kivo::core::mesk
 
 namespace mesk::host {
 
@@ -22,7 +26,7 @@ public:
     /// @param plugin must outlive the port.
     /// @param resetBoard whether `open` may reset the board's GigE hardware.
     Port(const PluginHost& plugin, int board, int port, bool resetBoard);
-    /// Stops and destroys the interface.
+    /// Destroys the interface, and stops it first.
     ~Port();
     Port(const Port&) = delete;
     Port& operator=(const Port&) = delete;
@@ -35,6 +39,16 @@ public:
     /// [one thread at a time] Waits for a frame for 100 ms at most (200 ms in the middle of one).
     std::optional<QByteArray> receive();
     void resetPhy();
+    /// Has the interface log its debug report, which takes 1 s, and 4 s after a reset.
+    void debugOutput();
+    /// The way of the interface's events. What it holds must be gone before the plugin goes.
+    boost::shared_ptr<kivo::core::mesk::PhysicalNetworkInterfaceEventQueue> eventQueue();
+    /// Stops the workers of an open port and has the interface log its statistics; once.
+    void stop();
+
+    int number() const;
+    /// The interface's name, which its log lines bear.
+    const std::string& id() const;
 
     /// Where all frames go that pass from now on; null for nowhere.
     void record(CaptureWriter* writer);

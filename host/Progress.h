@@ -1,30 +1,43 @@
 #pragma once
 
-#include <memory>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 
 namespace mesk::host {
 
-class BoardAccess;
+class CaptureReader;
 class Output;
 
-/// How many steps of 100 ms a hardware reset consists of: the reset pulse takes two, then each PHY takes
-/// one to select it and ten MDIO accesses.
-constexpr unsigned pulseSteps = 2;
-constexpr unsigned stepsPerPhy = 11;
-constexpr unsigned physPerBoard = 4;
-
-/// Shows how far a hardware reset has come while the object lives: a bar on a terminal, else a line.
-class ResetProgress {
+/// One line on the terminal that shows how far some work has come. It appears when the work takes more
+/// than a moment, is drawn anew while the object lives, and is gone with it.
+class Progress {
 public:
-    ResetProgress(const BoardAccess& board, Output& output, const std::string& title, unsigned steps);
-    ~ResetProgress();
-    ResetProgress(const ResetProgress&) = delete;
-    ResetProgress& operator=(const ResetProgress&) = delete;
+    /// @param text gives the line; called on a thread of the object's own.
+    explicit Progress(std::function<std::string()> text);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress();
+
+    /// Whether anything may be shown: nothing under --quiet, and nothing unless standard output and
+    /// standard error are terminals.
+    static bool wanted(const Output& output);
 
 private:
-    struct D;
-    std::unique_ptr<D> d;
+    void run(const std::function<std::string()>& text);
+
+    std::mutex m_mutex;
+    std::condition_variable m_ending;
+    bool m_ended = false;
+    std::thread m_thread;
 };
+
+/// A bar behind a title.
+/// @param fraction of the work that is done.
+std::string progressBar(const std::string& title, double fraction);
+/// How far a capture has been read: a bar, or, where its size isn't known, a count of frames. [any thread]
+std::string captureProgress(const std::string& title, const CaptureReader& reader);
 
 } // namespace mesk::host

@@ -3,9 +3,10 @@
 #include "host/BoardAccess.h"
 #include "host/CaptureWriter.h"
 #include "host/Failure.h"
+#include "host/LogObserver.h"
 #include "host/PluginHost.h"
 #include "host/Port.h"
-#include "host/Progress.h"
+#include "host/ResetProgress.h"
 #include "support/platform/os/Environment.h"
 #include "support/platform/os/Module.h"
 
@@ -164,6 +165,17 @@ void Session::plug(int port, const std::string& link)
 {
     board().plug(d->options.board, port, link);
     d->plugged.insert(port);
+}
+
+const std::vector<std::unique_ptr<Port>>& Session::ports() const
+{
+    return d->ports;
+}
+
+std::unique_ptr<LogObserver> Session::observeInterfaces(std::uint32_t level) const
+{
+    return std::make_unique<LogObserver>(d->binFolder, "kivo.core.mesk.KivoGbePhysicalNetworkInterface",
+                                         level);
 }
 
 void Session::close()

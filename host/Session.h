@@ -3,12 +3,15 @@
 #include "host/Options.h"
 #include "host/Output.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace mesk::host {
 
 class BoardAccess;
+class LogObserver;
 class Port;
 
 /// What a verb works with: the options, the output, and, made when they are first asked for, the board
@@ -35,6 +38,13 @@ public:
 
     /// Plugs a port until the session ends.
     void plug(int port, const std::string& link);
+
+    /// The ports that were opened, in that order.
+    const std::vector<std::unique_ptr<Port>>& ports() const;
+
+    /// Collects what the interfaces of the plugin log at or above a level.
+    /// @throws Failure if there is no logging dispatcher that lets it.
+    std::unique_ptr<LogObserver> observeInterfaces(std::uint32_t level) const;
 
     /// Ends all in the right order; the destructor does it where this was not called.
     /// @throws Failure if frames could not be recorded.

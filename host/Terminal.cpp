@@ -2,6 +2,7 @@
 
 #include "support/platform/os/Environment.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace mesk::host {
@@ -25,6 +26,15 @@ bool standardOutputIsTerminal()
 bool standardErrorIsTerminal()
 {
     return isTerminal(STDERR_FILENO);
+}
+
+bool standardOutputIsFile()
+{
+    struct stat output = {};
+    struct stat nowhere = {};
+    return fstat(STDOUT_FILENO, &output) == 0 &&
+           (S_ISREG(output.st_mode) ||
+            (stat("/dev/null", &nowhere) == 0 && output.st_rdev == nowhere.st_rdev));
 }
 
 bool colourWanted()

@@ -6,6 +6,9 @@ namespace mesk::host {
 bool standardOutputIsTerminal();
 bool standardErrorIsTerminal();
 
+/// Whether standard output ends in a file, or nowhere.
+bool standardOutputIsFile();
+
 /// Whether results may be coloured: on a terminal, unless NO_COLOR is set (no-color.org).
 bool colourWanted();
 

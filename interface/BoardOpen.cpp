@@ -1,3 +1,4 @@
+#include "interface/KivoGbePhysicalNetworkInterfaceUiqLeecherThread.h"
 #include "interface/KivoGbePhysicalNetworkInterface_p.h"
 #include "plugin/binding/Dov.h"
 #include "plugin/binding/KHal.h"
@@ -36,6 +37,7 @@ std::optional<std::uint32_t> preSendWaitSetting()
 
 bool KivoGbePhysicalNetworkInterface::D::initDevice(const std::string& id)
 {
+    const DeviceGate::Change change(deviceGate);
     freeDevice();
     boardHandle = plugin::KHalInitDevice(boardId);
     if (boardHandle == 0) {
@@ -163,6 +165,11 @@ bool KivoGbePhysicalNetworkInterface::open()
     }
     r.resolveRegisters();
     r.actionCommandsPresent = r.resolvePortRegister("ActionCmdConfigData", r.portId) != 0;
+    if (r.actionCommandsPresent && r.leecherThread == nullptr) {
+        using Thread = KivoGbePhysicalNetworkInterfaceUiqLeecherThread;
+        r.leecherThread = new Thread(this, static_cast<int>(r.boardId.get()),
+                                     static_cast<int>(r.portId.get()), Thread::actionTimeouts);
+    }
     if (r.regTxDisableCrcGeneration != 0) {
         r.writeRegister(r.regTxDisableCrcGeneration, 0);
     }
@@ -208,7 +215,10 @@ bool KivoGbePhysicalNetworkInterface::reinitialize(std::uint32_t mode)
     constexpr std::uint32_t takeBack = 1;
     D& r = *d;
     if (mode == release) {
-        r.freeDevice();
+        {
+            const DeviceGate::Change change(r.deviceGate);
+            r.freeDevice();
+        }
         logPhyLine(*logger(), levelDetail, id(), "': Device successfully deinitialized.");
     } else if (mode == takeBack) {
         if (!r.initDevice(id())) {

@@ -2,6 +2,7 @@
 
 #include "interface/AnyException.h"
 #include "interface/KivoGbePhysicalNetworkInterfaceStatics.h"
+#include "interface/KivoGbePhysicalNetworkInterfaceUiqLeecherThread.h"
 #include "interface/KivoGbePhysicalNetworkInterface_p.h"
 #include "plugin/binding/Dov.h"
 #include "plugin/binding/KHal.h"
@@ -9,6 +10,8 @@
 #include "support/platform/os/EventLog.h"
 
 #include <boost/make_shared.hpp>
+
+#include <memory>
 
 namespace kivo::core::mesk {
 
@@ -42,10 +45,20 @@ KivoGbePhysicalNetworkInterface::D::D()
 
 KivoGbePhysicalNetworkInterface::D::~D()
 {
+    if (const std::unique_ptr<KivoGbePhysicalNetworkInterfaceUiqLeecherThread> thread{leecherThread}) {
+        // Without this a thread that nobody asked to stop would never be joined.
+        thread->requestStop();
+        eventQueue->queue->interrupt();
+    }
     if (firmwareDesign != 0) {
         plugin::DovUnloadDovFile(firmwareDesign);
     }
     freeDevice();
+}
+
+KivoGbePhysicalNetworkInterfaceUiqLeecherThread* KivoGbePhysicalNetworkInterface::D::worker() const
+{
+    return actionCommandsPresent ? leecherThread.load() : nullptr;
 }
 
 tools::logging::Logger& KivoGbePhysicalNetworkInterface::D::cachedLogger()
@@ -82,10 +95,18 @@ tools::logging::Logger* KivoGbePhysicalNetworkInterface::fetchLogger()
 
 void KivoGbePhysicalNetworkInterface::emptyOperation() {}
 
-void KivoGbePhysicalNetworkInterface::startWorkers() {}
+void KivoGbePhysicalNetworkInterface::startWorkers()
+{
+    if (auto* const worker = d->worker()) {
+        worker->start();
+    }
+}
 
 void KivoGbePhysicalNetworkInterface::requestStop()
 {
+    if (auto* const worker = d->worker()) {
+        worker->requestStop();
+    }
     d->eventQueue->queue->interrupt();
     KivoGbePhysicalNetworkInterfaceStatics::instance()->clearResetBoards();
 }

@@ -37,9 +37,9 @@ public:
     }
 
     /// [one thread at a time; never together with reinitialize()] Waits for the next received frame,
-    /// 100 ms for its announcement and 100 ms for its data.
+    /// 100 ms for its announcement, 100 ms for its data, and 100 ms after a read error.
     /// @param[out] ok whether there is a frame; may be null.
-    /// @returns the frame without its frame check sequence; empty after a time-out or a failure.
+    /// @returns the frame, its bytes as the firmware delivers them; empty after a time-out or a failure.
     boost::shared_ptr<EthernetFrame> receiveFrame(bool* ok) override;
 
     /// [one thread at a time; never together with reinitialize()] Puts one frame on the wire and drops
@@ -80,6 +80,10 @@ public:
 
     /// Logs what is known of board, devices, firmware and PHY. Takes some four seconds.
     void debugOutput() override;
+
+    /// [the worker thread] One attempt to read a report of timed-out action commands, which takes up to
+    /// 100 ms. A report is logged and goes to the event queue, which blocks while the queue is full.
+    void pollActionTimeoutQueue();
 
 private:
     struct D;

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "interface/DeviceGate.h"
 #include "interface/KivoGbePhysicalNetworkInterface.h"
 #include "interface/LogLine.h"
 #include "interface/PhysicalNetworkInterfaceEventQueue.h"
 #include "interface/RelaxedAtomic.h"
 #include "plugin/binding/KHal.h"
-
-#include <ostream>
 
 namespace kivo::core::mesk {
 
@@ -14,7 +13,8 @@ class KivoGbePhysicalNetworkInterfaceUiqLeecherThread;
 
 constexpr std::uint32_t portsOfBoard = 4;
 constexpr std::uint32_t allPortsMask = 0xF;
-constexpr std::uint32_t actionTimeoutQueueOffset = 8; ///< queue number minus port number
+constexpr std::uint32_t actionTimeoutQueueOffset = 8;    ///< queue number minus port number
+constexpr std::uint32_t actionTimeoutCountMask = 0xFFFF; ///< of a report word
 constexpr std::uint32_t queueReadTimeoutMs = 100;
 constexpr std::uint32_t readErrorPauseMs = 100;      ///< keeps a run of failing reads from spinning
 constexpr std::uint32_t endOfTransmission = 0x10000; ///< bit 16 of the last word of a transmission
@@ -39,6 +39,17 @@ struct KivoGbePhysicalNetworkInterface::D {
     bool loadDesign(const std::string& id);
     bool findDesign(const std::string& id);
     void freeDevice();
+
+    /// The worker thread; null where the firmware has no action commands.
+    KivoGbePhysicalNetworkInterfaceUiqLeecherThread* worker() const;
+
+    /// What one read of the action-timeout queue gave.
+    struct ActionRead {
+        std::int32_t result = 0;
+        std::uint32_t word = 0;
+        std::string fault; ///< what is to be told about it; empty if nothing is
+    };
+    ActionRead readActionTimeout(const std::string& id);
 
     void resolveRegisters();
     /// Id of the register that is called `baseName` followed by the port's number; 0 if there is none.
@@ -111,9 +122,11 @@ struct KivoGbePhysicalNetworkInterface::D {
     RelaxedAtomic<std::uint64_t> ctrlPacketsSentUiqAtOpen;
     RelaxedAtomic<std::uint64_t> gvspFifoOverflowFlags;
     RelaxedAtomic<std::uint64_t> gvcpFifoNotEmptyFlags;
-    KivoGbePhysicalNetworkInterfaceUiqLeecherThread* leecherThread = nullptr;
+    /// Owned. Atomic, since a stop may be requested while `open` makes it.
+    std::atomic<KivoGbePhysicalNetworkInterfaceUiqLeecherThread*> leecherThread{nullptr};
     RelaxedAtomic<bool> actionCommandsPresent;
     const boost::shared_ptr<PhysicalNetworkInterfaceEventQueue> eventQueue;
+    DeviceGate deviceGate;
 };
 
 /// Part of a line: the count of words that a queue lost. The board is asked when the part is printed,
@@ -122,9 +135,9 @@ struct LostWords {
     std::uint64_t boardHandle;
     std::uint32_t queue;
 };
-inline std::ostream& operator<<(std::ostream& stream, LostWords lost)
+inline LineText& operator<<(LineText& text, LostWords lost)
 {
-    return stream << plugin::KHalDataQueueGetNrOfLostWords(lost.boardHandle, lost.queue);
+    return text << plugin::KHalDataQueueGetNrOfLostWords(lost.boardHandle, lost.queue);
 }
 
 /// Writes one record to the system event log, unless the flag says that this was done; then sets it.

@@ -1,9 +1,12 @@
 #include "interface/KivoGbePhysicalNetworkInterfaceStatics.h"
+#include "interface/KivoGbePhysicalNetworkInterfaceUiqLeecherThread.h"
 #include "interface/KivoGbePhysicalNetworkInterface_p.h"
 #include "plugin/binding/KHal.h"
 #include "support/platform/os/Clock.h"
 
 #include <boost/format.hpp>
+
+#include <locale>
 
 namespace kivo::core::mesk {
 
@@ -18,13 +21,13 @@ constexpr std::uint32_t registerPauseMs = 1000; // between the two dumps, so tha
 struct PhyRegisterValue {
     std::uint16_t value;
 };
-std::ostream& operator<<(std::ostream& stream, PhyRegisterValue phyRegister)
+LineText& operator<<(LineText& text, PhyRegisterValue phyRegister)
 {
-    stream << boost::format("0x%04x", std::locale::classic()) % phyRegister.value << " [ ";
+    text << (boost::format("0x%04x", std::locale::classic()) % phyRegister.value).str() << " [ ";
     for (int bit = 15; bit >= 0; --bit) {
-        stream << ((phyRegister.value >> bit) & 1) << (bit % 4 == 0 && bit != 0 ? "_" : "");
+        text << ((phyRegister.value >> bit) & 1) << (bit % 4 == 0 && bit != 0 ? "_" : "");
     }
-    return stream << " ] ";
+    return text << " ] ";
 }
 
 /// What a register holds now; 0 if it can't be read.
@@ -40,6 +43,9 @@ std::uint64_t registerNow(std::uint64_t boardHandle, std::uint32_t registerId)
 void KivoGbePhysicalNetworkInterface::finish()
 {
     D& r = *d;
+    if (auto* const worker = r.worker()) {
+        worker->join();
+    }
     const auto line = [this](const auto&... parts) {
         logPhyLine(*logger(), levelInformation, id(), parts...);
     };
@@ -111,13 +117,15 @@ void KivoGbePhysicalNetworkInterface::logDevicesFound()
     const std::uint32_t count = plugin::KHalGetDeviceCount();
     logDetail("' [HAL     ]               Devices Count: ", count);
     std::uint32_t found = 0;
+    bool skippedLast = false;
     for (std::uint32_t index = 0; index < deviceIndexes; ++index) {
         const std::uint64_t device = plugin::KHalGetDevice(index);
         if (device != 0) {
             ++found;
             const auto serial =
                 static_cast<std::uint32_t>(plugin::KHalGetBoardInfoInt(device, "board/serial"));
-            if (serial == 0) {
+            skippedLast = serial == 0;
+            if (skippedLast) {
                 logLine(*logger(), levelDetail, "Found device with serial '0' on device index ", index,
                         ", skipping...");
                 plugin::KHalPutDevice(device);
@@ -127,7 +135,8 @@ void KivoGbePhysicalNetworkInterface::logDevicesFound()
                       Hexadecimal{serial});
             plugin::KHalPutDevice(device);
         }
-        if (found == count) {
+        // A device without a serial never ends the scan, not even at the empty index behind it.
+        if (found == count && !skippedLast) {
             break;
         }
     }

@@ -3,6 +3,7 @@
 #include "packets/ByteSlice.h"
 #include "packets/CopyAs.h"
 #include "packets/IcmpPacket.h"
+#include "packets/UdpPacket.h"
 
 quint32 TransportPacket::layer() const
 {
@@ -19,6 +20,8 @@ TransportPacket* TransportPacket::create(const quint8& protocol, const ByteSlice
     switch (protocol) {
     case IcmpPacket::Protocol:
         return new IcmpPacket(bytes);
+    case UdpPacket::Protocol:
+        return new UdpPacket(bytes);
     default:
         return nullptr;
     }
@@ -29,6 +32,8 @@ TransportPacket* TransportPacket::copyOf(const TransportPacket& packet)
     switch (packet.protocol()) {
     case IcmpPacket::Protocol:
         return copyAs<IcmpPacket>(packet);
+    case UdpPacket::Protocol:
+        return copyAs<UdpPacket>(packet);
     default:
         return nullptr;
     }

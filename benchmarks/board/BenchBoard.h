@@ -8,4 +8,8 @@ extern "C" {
 using BenchSetFrameSize = void (*)(std::uint32_t bytes);
 /// The words of the transmission, for the yardstick: the same memory is copied.
 using BenchTransmission = const std::uint32_t* (*)();
+/// Puts one report into the action-timeout queue.
+using BenchAddReport = void (*)();
+/// Reads of the action-timeout queue so far.
+using BenchReportReads = std::uint32_t (*)();
 }

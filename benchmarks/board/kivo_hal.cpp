@@ -1,9 +1,13 @@
 #include "benchmarks/board/BenchBoard.h"
 
 #include <array>
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 
-/// A board library whose queue read is one memcpy and whose register write returns at once.
+/// A board library whose read of the receive queue is one memcpy and whose register write returns at
+/// once. A read of the action-timeout queue waits, as it does on a board.
 #define BENCH_EXPORT extern "C" __attribute__((visibility("default")))
 
 namespace {
@@ -12,6 +16,26 @@ constexpr std::uint32_t endOfTransmission = 0x10000;
 std::array<std::uint32_t, 65536> transmission{};
 std::uint32_t frameSize = 64;
 bool sizeWordIsNext = true;
+
+constexpr std::uint32_t firstReportQueue = 8;
+constexpr std::uint32_t report = endOfTransmission | 1;
+std::mutex reportsMutex; // guards what follows
+std::condition_variable reportCame;
+std::uint32_t reports = 0;
+std::uint32_t reportReads = 0;
+
+std::int32_t readReport(void* buffer, std::uint32_t timeoutMs)
+{
+    constexpr std::int32_t queueTimeout = -2120;
+    std::unique_lock<std::mutex> lock(reportsMutex);
+    ++reportReads;
+    if (!reportCame.wait_for(lock, std::chrono::milliseconds(timeoutMs), [] { return reports != 0; })) {
+        return queueTimeout;
+    }
+    --reports;
+    std::memcpy(buffer, &report, sizeof report);
+    return sizeof report;
+}
 
 } // namespace
 
@@ -28,6 +52,19 @@ BENCH_EXPORT void benchSetFrameSize(std::uint32_t bytes)
 BENCH_EXPORT const std::uint32_t* benchTransmission()
 {
     return transmission.data();
+}
+
+BENCH_EXPORT void benchAddReport()
+{
+    const std::lock_guard<std::mutex> lock(reportsMutex);
+    ++reports;
+    reportCame.notify_one();
+}
+
+BENCH_EXPORT std::uint32_t benchReportReads()
+{
+    const std::lock_guard<std::mutex> lock(reportsMutex);
+    return reportReads;
 }
 
 BENCH_EXPORT std::uint64_t KHalInitDevice(std::uint32_t)
@@ -86,9 +123,12 @@ BENCH_EXPORT std::int32_t KHalDataQueueClear(std::uint64_t, std::uint32_t)
     return 0;
 }
 
-BENCH_EXPORT std::int32_t KHalDataQueueReadBufferLong(std::uint64_t, std::uint32_t, void* buffer,
-                                                      std::uint32_t size, std::uint32_t)
+BENCH_EXPORT std::int32_t KHalDataQueueReadBufferLong(std::uint64_t, std::uint32_t queue, void* buffer,
+                                                      std::uint32_t size, std::uint32_t timeoutMs)
 {
+    if (queue >= firstReportQueue) {
+        return readReport(buffer, timeoutMs);
+    }
     if (sizeWordIsNext) {
         std::memcpy(buffer, &frameSize, sizeof frameSize);
     } else {

@@ -15,7 +15,7 @@ void receiveFrame(benchmark::State& state)
     const auto port = openBenchPort();
     benchBoardFunction<BenchSetFrameSize>("benchSetFrameSize")(static_cast<std::uint32_t>(state.range(0)));
     bool ok = false;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(port->receiveFrame(&ok));
     }
     if (!ok) {
@@ -29,7 +29,7 @@ void copyWords(benchmark::State& state)
     const std::uint32_t* const words = benchBoardFunction<BenchTransmission>("benchTransmission")();
     std::array<std::uint32_t, 2048> copy{};
     std::size_t bytes = static_cast<std::size_t>(state.range(0)) * 2;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(bytes);
         std::memcpy(copy.data(), words, bytes);
         benchmark::DoNotOptimize(copy.data());

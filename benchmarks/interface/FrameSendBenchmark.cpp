@@ -13,7 +13,7 @@ void sendFrame(benchmark::State& state)
     const auto port = openBenchPort();
     const auto frame =
         boost::make_shared<EthernetFrame>(QByteArray(static_cast<int>(state.range(0)), '\x5a'));
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         port->sendFrame(frame);
     }
 }
@@ -27,7 +27,7 @@ void callsThroughPointer(benchmark::State& state)
     const QByteArray bytes(static_cast<int>(state.range(0)), '\x5a');
     const auto* const image = reinterpret_cast<const unsigned char*>(bytes.constData());
     const std::size_t words = static_cast<std::size_t>(bytes.size()) / 2;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         for (std::size_t i = 0; i < words; ++i) {
             write(1, 7, static_cast<std::uint64_t>(image[2 * i] | image[2 * i + 1] << 8));
         }

@@ -23,7 +23,7 @@ namespace {
 void disabledLine(benchmark::State& state)
 {
     Logger* logger = Logging::getLogger("benchmark");
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(disabledLineCallSite(logger));
     }
 }

@@ -10,7 +10,7 @@ namespace {
 void frameFromBytes(benchmark::State& state)
 {
     const QByteArray bytes(static_cast<int>(state.range(0)), '\x5a');
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const EthernetFrame frame(bytes);
         benchmark::DoNotOptimize(&frame);
     }

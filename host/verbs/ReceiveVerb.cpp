@@ -3,31 +3,21 @@
 #include "host/Interrupt.h"
 #include "host/Port.h"
 #include "host/Session.h"
+#include "host/Stopwatch.h"
+#include "host/verbs/PortStatistics.h"
 #include "host/verbs/VerbTable.h"
 #include "packets/EthernetFrame.h"
-#include "support/platform/os/Clock.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <cmath>
 #include <limits>
 
 namespace mesk::host {
 
-namespace os = kivo::templates::platform::os;
-
 namespace {
 
-constexpr double nsPerSecond = 1e9;
 const std::vector<std::size_t> columnWidths = {6, 10, 5, 17, 17, 4};
-
-/// Seconds to the microsecond, so that the text has no digits that mean nothing.
-double rounded(double seconds)
-{
-    constexpr double perSecond = 1e6;
-    return std::round(seconds * perSecond) / perSecond;
-}
 
 class ReceiveVerb : public Verb {
 public:
@@ -46,31 +36,35 @@ public:
     {
         m_json = session.options().json;
         Port& port = session.openPort();
-        m_startNs = os::monotonicNowNs();
-        while (!interruptRequested() && m_frames < m_count && elapsedSeconds() < m_seconds) {
+        m_watch = Stopwatch();
+        while (!interruptRequested() && m_frames < m_count && m_watch.seconds() < m_seconds) {
             const auto frame = port.receive();
             if (frame ? !show(session.output(), *frame) : replayIsOver(session)) {
                 break;
             }
         }
         session.output().words(
-            fmt::format("{} frames, {} bytes in {:.1f} s", m_frames, m_bytes, elapsedSeconds()));
+            fmt::format("{} frames, {} bytes in {:.1f} s", m_frames, m_bytes, m_watch.seconds()));
+        showEnd(session);
         return m_frames != 0 ? ExitCode::Done : ExitCode::Nothing;
     }
 
 private:
-    double elapsedSeconds() const
+    void showEnd(Session& session) const
     {
-        return static_cast<double>(os::monotonicNowNs() - m_startNs) / nsPerSecond;
+        const auto statistics = stopPorts(session);
+        if (m_json && !statistics.empty()) {
+            session.output().record({{"statistics", textsOf(statistics)}}, {});
+        }
+        showStatistics(session, statistics);
     }
-
     bool show(Output& output, const QByteArray& bytes)
     {
         const EthernetFrame frame(bytes);
         ++m_frames;
         m_bytes += static_cast<std::uint64_t>(bytes.size());
         Json record = {{"number", m_frames},
-                       {"seconds", rounded(elapsedSeconds())},
+                       {"seconds", m_watch.roundedSeconds()},
                        {"bytes", bytes.size()},
                        {"destination", frame.destination().toStdString(":")},
                        {"source", frame.source().toStdString(":")},
@@ -94,7 +88,7 @@ private:
     std::uint64_t m_count = std::numeric_limits<std::uint64_t>::max();
     double m_seconds = std::numeric_limits<double>::infinity();
     bool m_json = false;
-    std::uint64_t m_startNs = 0;
+    Stopwatch m_watch;
     std::uint64_t m_frames = 0;
     std::uint64_t m_bytes = 0;
 };

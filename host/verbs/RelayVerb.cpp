@@ -3,15 +3,18 @@
 #include "host/Interrupt.h"
 #include "host/OutgoingFrame.h"
 #include "host/Port.h"
+#include "host/Progress.h"
 #include "host/RelayDirection.h"
 #include "host/Session.h"
 #include "host/verbs/PortCounters.h"
+#include "host/verbs/PortStatistics.h"
 #include "host/verbs/VerbTable.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <limits>
+#include <optional>
 #include <thread>
 
 namespace mesk::host {
@@ -91,6 +94,10 @@ public:
             session.output().words(fmt::format("Ports {} and {} must be joined by a cable", from, m_to));
         }
 
+        std::optional<Progress> progress;
+        if (Progress::wanted(session.output())) {
+            progress.emplace([&outwardCapture] { return captureProgress("Relaying", outwardCapture); });
+        }
         RelayDirection outward;
         RelayDirection backward;
         std::thread threads[] = {
@@ -102,6 +109,7 @@ public:
         for (std::thread& thread : threads) {
             thread.join();
         }
+        progress.reset();
         return report(session, outward, backward);
     }
 
@@ -120,12 +128,15 @@ private:
         const int from = session.options().port;
         const RelayCounts there = outward.counts();
         const RelayCounts back = backward.counts();
+        const auto statistics = stopPorts(session);
         session.output().result(
             {{"capture", m_capture},
              {"board", session.options().board},
              {"directions", Json::array({recordOf(from, m_to, there), recordOf(m_to, from, back)})},
-             {"ports", portCounters(session, {from, m_to})}},
+             {"ports", portCounters(session, {from, m_to})},
+             {"statistics", textsOf(statistics)}},
             {"directions", "ports"});
+        showStatistics(session, statistics);
         for (const RelayDirection* direction : {&outward, &backward}) {
             if (direction->gaveUp()) {
                 session.output().words("Nothing arrives any more, the rest of the capture was not sent");

@@ -1,6 +1,6 @@
 #include "host/BoardAccess.h"
 #include "host/Port.h"
-#include "host/Progress.h"
+#include "host/ResetProgress.h"
 #include "host/Session.h"
 #include "host/verbs/VerbTable.h"
 #include "support/platform/os/Clock.h"

@@ -2,11 +2,15 @@
 #include "host/Interrupt.h"
 #include "host/OutgoingFrame.h"
 #include "host/Port.h"
+#include "host/Progress.h"
 #include "host/Session.h"
 #include "host/verbs/PortCounters.h"
+#include "host/verbs/PortStatistics.h"
 #include "host/verbs/VerbTable.h"
 
 #include <CLI/CLI.hpp>
+
+#include <optional>
 
 namespace mesk::host {
 
@@ -34,6 +38,10 @@ public:
         Port& port = session.openPort();
         std::string damage;
         try {
+            std::optional<Progress> progress;
+            if (Progress::wanted(session.output())) {
+                progress.emplace([&reader] { return captureProgress("Sending", reader); });
+            }
             sendAll(reader, port);
         } catch (const Failure& failure) {
             damage = failure.what(); // what was sent before is told all the same
@@ -71,11 +79,14 @@ private:
                            {"filledUp", m_counts.filledUp},
                            {"madeEven", m_counts.madeEven},
                            {"refused", m_counts.refused}};
+        const auto statistics = stopPorts(session);
         session.output().result({{"capture", m_capture},
                                  {"board", session.options().board},
                                  {"frames", Json::array({sent})},
-                                 {"ports", portCounters(session, {port})}},
+                                 {"ports", portCounters(session, {port})},
+                                 {"statistics", textsOf(statistics)}},
                                 {"frames", "ports"});
+        showStatistics(session, statistics);
     }
 
     std::string m_capture;

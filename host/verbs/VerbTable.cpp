@@ -22,6 +22,19 @@ const std::vector<VerbEntry>& verbTable()
          "mesk-phy receive --link file:session.pcap, --count 5 --json\n",
          makeReceiveVerb},
         {"reset-phy", "Reset the PHY of the port", "mesk-phy reset-phy --port 2\n", makeResetPhyVerb},
+        {"report", "Show the debug report and the statistics of the port",
+         "mesk-phy report --reset\n"
+         "mesk-phy report --json | jq -r '.lines[].text'\n",
+         makeReportVerb},
+        {"events", "Show the events of the port as they come",
+         "mesk-phy events --seconds 10\n"
+         "mesk-phy events --setup timeouts.ini --json | jq .count\n",
+         makeEventsVerb},
+        {"dump", "Show the frames of a capture, layer by layer",
+         "mesk-phy dump samples/camera-session.pcap\n"
+         "mesk-phy dump session.pcapng -v --verify\n"
+         "tcpdump -i eth1 -U -w - | mesk-phy dump - --json | jq -c '.layers[-1]'\n",
+         makeDumpVerb},
     };
     return table;
 }

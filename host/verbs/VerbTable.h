@@ -14,5 +14,8 @@ std::unique_ptr<Verb> makeRelayVerb();
 std::unique_ptr<Verb> makeSendVerb();
 std::unique_ptr<Verb> makeReceiveVerb();
 std::unique_ptr<Verb> makeResetPhyVerb();
+std::unique_ptr<Verb> makeReportVerb();
+std::unique_ptr<Verb> makeEventsVerb();
+std::unique_ptr<Verb> makeDumpVerb();
 
 } // namespace mesk::host

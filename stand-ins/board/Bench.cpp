@@ -63,6 +63,7 @@ void Bench::apply(const Setup& setup)
 {
     const std::uint32_t before = boardCount();
     for (std::uint32_t n = 0; n < before; ++n) {
+        m_boards[n]->stopActionTimeouts();
         for (std::uint32_t port = 0; port < m_boards[n]->portCount(); ++port)
             unplug({n, port});
     }

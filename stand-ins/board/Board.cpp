@@ -26,6 +26,26 @@ void Board::powerOn(const BoardSetup& setup, FirmwareDesign design)
     }
     for (const auto& [key, text] : setup.infoTexts)
         setInfoText(key, text.c_str());
+    for (const auto& [number, perSecond] : setup.actionTimeoutsPerSecond) {
+        m_actionTimeouts[number].start(
+            perSecond, [this, n = number](std::uint16_t count) { reportActionTimeout(n, count); });
+    }
+}
+
+void Board::stopActionTimeouts()
+{
+    for (ActionTimeouts& each : m_actionTimeouts)
+        each.stop();
+}
+
+std::int32_t Board::reportActionTimeout(std::uint32_t number, std::uint16_t count)
+{
+    Port* const found = port(number);
+    if (found == nullptr || !isThere({Register::actionCmdConfigData, number}))
+        return statusFailed;
+    const std::uint32_t word = endOfTransmission | count;
+    found->actionQueue().putSome(&word, 1); // one that finds no room is counted there
+    return 0;
 }
 
 void Board::configure(FirmwareDesign design)

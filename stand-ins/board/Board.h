@@ -1,5 +1,6 @@
 #pragma once
 
+#include "stand-ins/board/ActionTimeouts.h"
 #include "stand-ins/board/Port.h"
 
 #include <array>
@@ -20,6 +21,10 @@ public:
 
     void powerOn(const BoardSetup& setup, FirmwareDesign design);
     void configure(FirmwareDesign design);
+    /// Ends what powerOn began at a rate. [one thread at a time, never together with powerOn]
+    void stopActionTimeouts();
+    /// An action command of a port timed out. A status: firmware without action commands doesn't report.
+    std::int32_t reportActionTimeout(std::uint32_t port, std::uint16_t count);
 
     // Register accesses by a design's id, with their effects. A status.
     std::int32_t writeRegister(std::uint32_t id, std::uint64_t value);
@@ -58,6 +63,7 @@ private:
     RegisterFile m_registers;
     MdioEngine m_phys;
     std::array<std::unique_ptr<Port>, portsMax> m_ports;
+    std::array<ActionTimeouts, portsMax> m_actionTimeouts;
     std::atomic<std::uint64_t> m_design{0};
     std::atomic<std::uint32_t> m_portCount{0};
     std::atomic<std::uint32_t> m_device{0};

@@ -119,6 +119,10 @@ struct KivoBoardControl {
     int32_t (*journalEntry)(size_t index, struct KivoBoardCall* call);
     /// Adds an entry of the caller's own, so that things beside the board stand in its order.
     void (*note)(const char* text);
+
+    /// An action command of the port timed out: puts the firmware's report with this count into the
+    /// port's action-timeout queue. Negative for firmware without action commands.
+    int32_t (*actionTimeout)(uint32_t board, uint32_t port, uint16_t count);
 };
 
 /// The control interface; null if this board has no interface of that version.

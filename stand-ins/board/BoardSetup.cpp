@@ -15,6 +15,7 @@ constexpr std::int32_t firstSerial = 0x4B0001;
 constexpr std::int32_t boardType = 0x0610;
 constexpr std::uint32_t queueCapacityMaxWords = 1U << 24;
 constexpr std::uint32_t waitMaxMs = 60000;
+constexpr std::uint32_t actionTimeoutsMaxPerSecond = 1000;
 
 BoardSetup boardWithDefaults(std::uint32_t number)
 {
@@ -124,24 +125,49 @@ const std::map<QString, Setter>& boardKeys()
     return keys;
 }
 
+using PortSetter = std::function<void(BoardSetup&, std::uint32_t port, const Value&)>;
+
+/// The keys that a port's number ends.
+const std::map<QString, PortSetter>& portKeys()
+{
+    static const std::map<QString, PortSetter> keys{
+        {QStringLiteral("link"),
+         [](BoardSetup& b, std::uint32_t port, const Value& v) { b.links[port] = v.text(); }},
+        {QStringLiteral("actionTimeoutsPerSecond"),
+         [](BoardSetup& b, std::uint32_t port, const Value& v) {
+             b.actionTimeoutsPerSecond[port] = v.number(0, actionTimeoutsMaxPerSecond);
+         }},
+    };
+    return keys;
+}
+
+template <typename Values>
+void refuseMissingPort(const QString& section, const QString& key, const Values& byPort, std::uint32_t ports)
+{
+    if (!byPort.empty() && byPort.rbegin()->first >= ports)
+        refuse(section, key.arg(byPort.rbegin()->first), "no such port");
+}
+
 void readBoard(QSettings& settings, const QString& section, BoardSetup& board)
 {
     const QStringList keys = settings.childKeys();
     for (const QString& key : keys) {
         const Value value(section, key, settings.value(key));
         const auto found = boardKeys().find(key);
-        bool isLink = false;
-        const uint port = key.startsWith(QLatin1String("link")) ? key.mid(4).toUInt(&isLink) : 0U;
+        bool hasNumber = false;
+        const uint port = key.right(1).toUInt(&hasNumber);
+        const auto foundForPort = portKeys().find(key.chopped(1));
         if (found != boardKeys().end())
             found->second(board, value);
-        else if (isLink && port < portsMax)
-            board.links[port] = value.text();
+        else if (foundForPort != portKeys().end() && hasNumber && port < portsMax)
+            foundForPort->second(board, port, value);
         else
             value.fail("unknown key");
     }
     completeInfo(board);
-    if (!board.links.empty() && board.links.rbegin()->first >= board.ports)
-        refuse(section, QStringLiteral("link%1").arg(board.links.rbegin()->first), "no such port");
+    refuseMissingPort(section, QStringLiteral("link%1"), board.links, board.ports);
+    refuseMissingPort(section, QStringLiteral("actionTimeoutsPerSecond%1"), board.actionTimeoutsPerSecond,
+                      board.ports);
 }
 
 FirmwareDesign readDesign(QSettings& settings, const QString& section)

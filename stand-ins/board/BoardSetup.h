@@ -24,6 +24,7 @@ struct BoardSetup {
     bool announceOdd = false;
     std::uint32_t pauseMs = 500; ///< 0: no flow control
     std::uint32_t phyResetReads = 0;
+    std::map<std::uint32_t, std::uint32_t> actionTimeoutsPerSecond; ///< by port; the others have none
     std::map<std::uint32_t, std::string> links; ///< by port; the others are plugged to nothing
 };
 

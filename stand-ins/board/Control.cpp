@@ -241,6 +241,12 @@ void note(const char* text)
     bench().journal().add("note", text != nullptr ? text : "", {}, 0, 0);
 }
 
+std::int32_t actionTimeout(std::uint32_t board, std::uint32_t port, std::uint16_t count)
+{
+    Board* const found = bench().board(board);
+    return found != nullptr ? found->reportActionTimeout(port, count) : statusFailed;
+}
+
 constexpr KivoBoardControl table{
     KIVO_BOARD_CONTROL_VERSION,
     sizeof(KivoBoardControl),
@@ -274,6 +280,7 @@ constexpr KivoBoardControl table{
     journalDropped,
     journalEntry,
     note,
+    actionTimeout,
 };
 
 } // namespace

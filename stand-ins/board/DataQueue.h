@@ -11,6 +11,9 @@
 
 namespace emulated_board {
 
+/// Set in the last word of what the firmware puts into a queue as one piece.
+constexpr std::uint32_t endOfTransmission = 0x10000;
+
 /// A hardware queue of 32-bit words with a capacity and a count of the words that found no room.
 /// [any thread]
 class DataQueue {

@@ -13,7 +13,6 @@ namespace {
 constexpr std::size_t frameSizeMinBytes = 60;
 // Below two addresses and a type nothing is a frame.
 constexpr std::size_t headerBytes = 14;
-constexpr std::uint32_t endOfTransmission = 0x10000;
 
 } // namespace
 

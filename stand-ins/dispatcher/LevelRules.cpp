@@ -1,9 +1,8 @@
 #include "stand-ins/dispatcher/LevelRules.h"
 
+#include "stand-ins/dispatcher/Parsing.h"
+
 #include <algorithm>
-#include <charconv>
-#include <optional>
-#include <system_error>
 
 namespace kivo::dispatcher {
 
@@ -19,30 +18,18 @@ constexpr LevelWord levelWords[] = {
     {2, "detail"}, {3, "information"}, {4, "warning"}, {5, "error"}, {7, "off"},
 };
 
-std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 std::optional<std::uint32_t> parseLevel(std::string_view text)
 {
     for (const LevelWord& each : levelWords)
         if (text == each.word)
             return each.level;
-    std::uint32_t level = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), level);
-    if (error != std::errc{} || end != text.data() + text.size())
-        return std::nullopt;
-    return level;
+    return parseNumber<std::uint32_t>(text);
 }
 
-/// Whether a name fits a pattern. Goes back to the last `*` only, so the time is bounded by the product
-/// of the lengths.
-bool fits(std::string_view pattern, std::string_view name)
+} // namespace
+
+/// Goes back to the last `*` only, so the time is bounded by the product of the lengths.
+bool nameFits(std::string_view pattern, std::string_view name)
 {
     std::size_t p = 0;
     std::size_t n = 0;
@@ -65,9 +52,16 @@ bool fits(std::string_view pattern, std::string_view name)
     return pattern.find_first_not_of('*', p) == std::string_view::npos;
 }
 
-} // namespace
+bool LevelRules::add(std::string_view pattern, std::string_view level)
+{
+    const auto parsed = parseLevel(level);
+    if (pattern.empty() || !parsed)
+        return false;
+    m_rules.push_back({std::string(pattern), *parsed});
+    return true;
+}
 
-std::vector<std::string> LevelRules::add(std::string_view list)
+std::vector<std::string> LevelRules::addList(std::string_view list)
 {
     std::vector<std::string> refused;
     while (!list.empty()) {
@@ -77,13 +71,10 @@ std::vector<std::string> LevelRules::add(std::string_view list)
         if (entry.empty())
             continue;
         const std::size_t sign = entry.find('=');
-        const std::string_view pattern = trimmed(entry.substr(0, sign));
-        const auto level =
-            sign == std::string_view::npos ? std::nullopt : parseLevel(trimmed(entry.substr(sign + 1)));
-        if (pattern.empty() || !level)
+        const bool isRule = sign != std::string_view::npos &&
+                            add(trimmed(entry.substr(0, sign)), trimmed(entry.substr(sign + 1)));
+        if (!isRule)
             refused.emplace_back(entry);
-        else
-            m_rules.push_back({std::string(pattern), *level});
     }
     return refused;
 }
@@ -91,7 +82,7 @@ std::vector<std::string> LevelRules::add(std::string_view list)
 std::uint32_t LevelRules::levelOf(std::string_view logger) const
 {
     for (auto rule = m_rules.rbegin(); rule != m_rules.rend(); ++rule)
-        if (fits(rule->pattern, logger))
+        if (nameFits(rule->pattern, logger))
             return rule->level;
     return defaultLevel;
 }

@@ -43,9 +43,9 @@ private:
 
     os::NativeThread m_thread;
     std::uint32_t m_threadId = 0; ///< 0 when there is no thread
-    bool m_running = false; ///< between a successful start and the end of run
-    bool m_finished = true; ///< false only while the thread is to run or runs
-    RecursiveMutex m_mutex; ///< guards all fields above
+    bool m_running = false;       ///< between a successful start and the end of run
+    bool m_finished = true;       ///< false only while the thread is to run or runs
+    RecursiveMutex m_mutex;       ///< guards all fields above
     os::ManualResetEvent m_endEvent{true};
 };
 

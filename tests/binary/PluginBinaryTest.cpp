@@ -1,6 +1,8 @@
 // The plugin as the framework sees it: loaded by name from its installation, with nothing linked but the
-// framework itself, the real clock and the emulated board.
+// framework itself and what its side of the event queue needs; with the real clock and the emulated board.
 
+#include "interface/PhysicalNetworkInterfaceEventQueue.h"
+#include "interface/PniActionCommandTimeout.h"
 #include "stand-ins/board/BoardControl.h"
 #include "tests/plugin/TemporaryRoot.h"
 
@@ -12,7 +14,6 @@
 
 #include <cstdlib>
 #include <dlfcn.h>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -28,6 +29,8 @@ using kivo::core::frameworkJournal;
 using kivo::core::PluginDescriptor;
 using kivo::core::PluginEntry;
 using kivo::core::mesk::PhysicalNetworkInterface;
+using kivo::core::mesk::PhysicalNetworkInterfaceEvent;
+using kivo::core::mesk::PniActionCommandTimeout;
 using mesk::tests::TemporaryRoot;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -67,14 +70,12 @@ private:
     void* const m_handle;
 };
 
-using Interface = std::unique_ptr<PhysicalNetworkInterface, void (*)(PhysicalNetworkInterface*)>;
-const LoadedPlugin* current = nullptr;
+using Interface = std::shared_ptr<PhysicalNetworkInterface>;
 
 Interface makeInterface(const LoadedPlugin& plugin)
 {
-    current = &plugin;
     return {static_cast<PhysicalNetworkInterface*>(plugin.descriptor().create()),
-            [](PhysicalNetworkInterface* made) { current->descriptor().destroy(made); }};
+            [&plugin](PhysicalNetworkInterface* made) { plugin.descriptor().destroy(made); }};
 }
 
 /// What was written to the standard error stream, without the time before the logger's name.
@@ -87,24 +88,32 @@ std::vector<std::string> capturedLines()
     return lines;
 }
 
-/// Puts a frame of 60 zero bytes into the receive queue of board 0, port 0.
-void injectFrame()
+/// The emulated board, which the plugin has loaded, too.
+const KivoBoardControl& board()
 {
-    void* const board = dlopen(MESK_BOARD_FILE, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(board, nullptr) << dlerror();
-    const auto control = reinterpret_cast<KivoBoardControlFunction>(dlsym(board, "KivoBoardControlTable"));
-    std::vector<std::uint32_t> words(1 + 60 / 2);
-    words.front() = 60;
-    words.back() = 0x10000; // end of transmission
-    const auto count = static_cast<std::uint32_t>(words.size());
-    EXPECT_EQ(control(KIVO_BOARD_CONTROL_VERSION)->injectWords(0, 0, words.data(), count), count);
-    dlclose(board);
+    static void* const library = dlopen(MESK_BOARD_FILE, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        throw std::runtime_error(dlerror());
+    const auto table = reinterpret_cast<KivoBoardControlFunction>(dlsym(library, "KivoBoardControlTable"));
+    return *table(KIVO_BOARD_CONTROL_VERSION);
 }
 
 class PluginBinaryTest : public testing::Test {
 protected:
     static void SetUpTestSuite() { setenv("KIVO_LOG", "guard.library=detail", 1); }
     PluginBinaryTest() { clearFrameworkJournal(); }
+
+    static Interface makePort(const LoadedPlugin& plugin)
+    {
+        Interface port = makeInterface(plugin);
+        port->postConstruct();
+        port->injectDependency("id", std::string("board 0 port 0"));
+        port->injectDependency("boardId", 0);
+        port->injectDependency("portId", 0);
+        port->injectDependency("resetBoard", std::string("false"));
+        port->postInjection();
+        return port;
+    }
 };
 
 TEST_F(PluginBinaryTest, showsFourVariablesAndNothingElse)
@@ -163,25 +172,35 @@ TEST_F(PluginBinaryTest, entriesBringTheFrameworkUpAndDownAndTellTheirUses)
 TEST_F(PluginBinaryTest, aPortLivesAsTheFrameworkWantsIt)
 {
     const LoadedPlugin plugin(MESK_PLUGIN_FILE);
-    for (int life = 0; life < 2; ++life) {
+    for (std::uint64_t life = 1; life <= 2; ++life) {
         plugin.init();
         {
-            const Interface port = makeInterface(plugin);
-            port->postConstruct();
-            port->injectDependency("id", std::string("board 0 port 0"));
-            port->injectDependency("boardId", 0);
-            port->injectDependency("portId", 0);
-            port->injectDependency("resetBoard", std::string("false"));
-            port->postInjection();
+            const Interface port = makePort(plugin);
             EXPECT_EQ(port->id(), "board 0 port 0");
             ASSERT_TRUE(port->open());
+            const auto events = port->eventQueue();
+            events->enabled = true;
             port->startWorkers();
             bool ok = true;
             EXPECT_EQ(port->receiveFrame(&ok), nullptr) << "nothing is plugged to the port";
             EXPECT_FALSE(ok);
-            injectFrame();
-            EXPECT_NE(port->receiveFrame(&ok), nullptr);
+            std::vector<std::uint32_t> words(1 + 60 / 2); // a frame of zeros
+            words.front() = 60;
+            words.back() = 0x10000; // end of transmission
+            board().injectWords(0, 0, words.data(), static_cast<std::uint32_t>(words.size()));
+            port->sendFrame(port->receiveFrame(&ok));
             EXPECT_TRUE(ok);
+            KivoBoardPortCounters counters{};
+            board().counters(0, 0, &counters);
+            EXPECT_EQ(counters.framesSent, life);
+            EXPECT_EQ(counters.bytesSent, 60 * life);
+
+            board().actionTimeout(0, 0, 7);
+            boost::shared_ptr<PhysicalNetworkInterfaceEvent> event;
+            for (int tries = 0; tries < 5000 && !events->queue->tryPop(event); ++tries)
+                usleep(1000);
+            ASSERT_NE(event, nullptr);
+            EXPECT_EQ(dynamic_cast<PniActionCommandTimeout&>(*event).count, 7);
             EXPECT_TRUE(port->reinitialize(0));
             EXPECT_TRUE(port->reinitialize(1));
             port->requestStop();
@@ -189,6 +208,18 @@ TEST_F(PluginBinaryTest, aPortLivesAsTheFrameworkWantsIt)
         }
         plugin.deinit();
     }
+}
+
+TEST_F(PluginBinaryTest, loadedByARelativePathItFindsItsRootFromAnywhere)
+{
+    const std::filesystem::path file = MESK_PLUGIN_FILE;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(file.parent_path());
+    const LoadedPlugin plugin("./" + file.filename().string());
+    std::filesystem::current_path(before);
+    plugin.init();
+    EXPECT_TRUE(makePort(plugin)->open());
+    plugin.deinit();
 }
 
 TEST_F(PluginBinaryTest, aPropertyOfTheWrongTypeIsRefusedWithAnExceptionThatPassesTheLibrary)
@@ -218,9 +249,7 @@ TEST_F(PluginBinaryTest, withoutDispatcherAndBoardItIsSilentAndOpensNothing)
     testing::internal::CaptureStderr();
     plugin.init();
     {
-        const Interface port = makeInterface(plugin);
-        port->injectDependency("boardId", 0);
-        port->injectDependency("portId", 0);
+        const Interface port = makePort(plugin);
         EXPECT_FALSE(port->open());
         port->requestStop();
         port->finish();

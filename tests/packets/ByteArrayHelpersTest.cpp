@@ -7,7 +7,7 @@
 namespace {
 const QByteArray sample = hex("81 92 a3 b4 c5 d6 e7 f8 09");
 
-// What is told of a short array, in plain steps: half the width until enough bytes are there.
+// What a short array reads as, in plain steps: half the width until enough bytes are there.
 quint64 expectedMemory(const QByteArray& bytes, int width)
 {
     while (width > 0 && width > bytes.size())
@@ -22,19 +22,12 @@ TEST(ByteArrayHelpers, shortArraysReadAsTheLargestHalfThatIsThere)
 {
     for (int length = 0; length <= sample.size(); ++length) {
         const TightBytes tight(sample.left(length));
-        EXPECT_EQ(byteArrayToUInt8(tight.array()), expectedMemory(tight.array(), 1)) << length;
-        EXPECT_EQ(byteArrayToUInt16(tight.array()), expectedMemory(tight.array(), 2)) << length;
-        EXPECT_EQ(byteArrayToUInt32(tight.array()), expectedMemory(tight.array(), 4)) << length;
-        EXPECT_EQ(byteArrayToUInt64(tight.array()), expectedMemory(tight.array(), 8)) << length;
-    }
-}
-
-TEST(ByteArrayHelpers, fieldsReadInPlaceAsIfCutOut)
-{
-    for (int length = 0; length <= sample.size(); ++length) {
-        const TightBytes tight(sample.left(length));
         const QByteArray bytes = tight.array();
-        for (int at = 0; at <= length + 2; ++at) {
+        EXPECT_EQ(byteArrayToUInt8(bytes), expectedMemory(bytes, 1)) << length;
+        EXPECT_EQ(byteArrayToUInt16(bytes), expectedMemory(bytes, 2)) << length;
+        EXPECT_EQ(byteArrayToUInt32(bytes), expectedMemory(bytes, 4)) << length;
+        EXPECT_EQ(byteArrayToUInt64(bytes), expectedMemory(bytes, 8)) << length;
+        for (int at = 0; at <= length + 2; ++at) { // fields read in place as if cut out
             EXPECT_EQ(readField<quint8>(bytes, at), byteArrayToUInt8(bytes.mid(at)));
             EXPECT_EQ(readField<quint16>(bytes, at), qFromBigEndian(byteArrayToUInt16(bytes.mid(at, 2))));
             EXPECT_EQ(readField<quint32>(bytes, at), qFromBigEndian(byteArrayToUInt32(bytes.mid(at, 4))));

@@ -22,6 +22,25 @@ QByteArray withFirst(const char* digits)
     return hex(digits) + padded.mid(hex(digits).size());
 }
 
+/// A next layer whose numbers all differ, and whose bytes are the addresses that it is given.
+class Child : public TransportPacket {
+public:
+    quint32 headerSize() const override { return 1; }
+    quint32 payloadSize() const override { return 29; }
+    quint32 length() const override { return 100; }
+    bool isValid() const override { return true; }
+    QByteArray protocolName() const override { return {}; }
+    quint8 protocol() const override { return noProtocol; }
+    const QByteArray& payload() const override { return m_payload; }
+    QByteArray serialize(const IpAddress& source, const IpAddress& destination) const override
+    {
+        return source.toByteArray() + '>' + destination.toByteArray();
+    }
+
+private:
+    const QByteArray m_payload;
+};
+
 struct Parsed {
     const char* name;
     QByteArray bytes;
@@ -30,17 +49,15 @@ struct Parsed {
     QByteArray payload;
 };
 
-const Parsed parsed[] = {
-    {"padded", padded, 20, 28, padded.mid(20, 8)},
-    {"options", options, 24, 32, options.mid(24)},
-    {"cutShort", withFirst("450003e8"), 20, 1000, padded.mid(20)},
-    {"emptyPayload", withFirst("45000014"), 20, 20, {}},
-    {"totalLengthZero", withFirst("45000000"), 20, 0, padded.mid(20)},
-    {"totalLengthBelowHeader", withFirst("46000017"), 24, 23, padded.mid(24)},
-    {"headerTooShort", withFirst("44"), 16, 0, {}},
-    {"headerBehindTheEnd", withFirst("4f000040"), 60, 64, {}},
-    {"otherVersion", withFirst("65"), 20, 28, padded.mid(20, 8)},
-};
+const Parsed parsed[] = {{"padded", padded, 20, 28, padded.mid(20, 8)},
+                         {"options", options, 24, 32, options.mid(24)},
+                         {"cutShort", withFirst("450003e8"), 20, 1000, padded.mid(20)},
+                         {"emptyPayload", withFirst("45000014"), 20, 20, {}},
+                         {"totalLengthZero", withFirst("45000000"), 20, 0, padded.mid(20)},
+                         {"totalLengthBelowHeader", withFirst("46000017"), 24, 23, padded.mid(24)},
+                         {"headerTooShort", withFirst("44"), 16, 0, {}},
+                         {"headerBehindTheEnd", withFirst("4f000040"), 60, 64, {}},
+                         {"otherVersion", withFirst("65"), 20, 28, padded.mid(20, 8)}};
 
 TEST(IPv4Packet, parsesWhateverTheHeaderSays)
 {
@@ -79,12 +96,15 @@ TEST(IPv4Packet, everyPrefixGivesShortFields)
 
 TEST(IPv4Packet, writesNewHeaderWithDefaults)
 {
-    const IPv4Packet empty(IpAddress(0xc0a80001), IpAddress(0xc0a80002), 17, QByteArray());
-    EXPECT_EQ(empty.lengthField(), 0);
-    const QByteArray bytes = empty.serialize();
+    QByteArray bytes; // outlives its packet
+    {
+        const IPv4Packet empty(IpAddress(0xc0a80001), IpAddress(0xc0a80002), 17, QByteArray());
+        EXPECT_EQ(empty.lengthField(), 0);
+        bytes = empty.serialize();
+        EXPECT_EQ(empty.lengthField(), qToBigEndian(quint16(20)));
+        EXPECT_EQ(empty.totalSize(), 20U);
+    }
     EXPECT_EQ(bytes, hex("45000014 00004000 ff11fa84 c0a80001 c0a80002"));
-    EXPECT_EQ(empty.lengthField(), qToBigEndian(quint16(20)));
-    EXPECT_EQ(empty.totalSize(), 20U);
 
     const IPv4Packet packet(options);
     const QByteArray written = hex("4500001c00004000ff0164e40a4d01010a4d0162") + options.mid(24);
@@ -94,11 +114,15 @@ TEST(IPv4Packet, writesNewHeaderWithDefaults)
     const std::unique_ptr<IPv4Packet> clone(packet.clone());
     EXPECT_EQ(clone->headerSize(), 20U);
     EXPECT_EQ(clone->serialize(), written);
-    EXPECT_EQ(IPv4Packet(host, camera, 17, QByteArray(65520, 'x')).serialize().mid(2, 2), hex("0004"))
-        << "wraps";
+    const IPv4Packet large(host, camera, 17, QByteArray(65520, 'x'));
+    EXPECT_EQ(large.serialize().mid(2, 2), hex("0004")) << "wraps";
+    EXPECT_EQ(large.totalSize(), 4U);
 
-    const IPv4Packet bare(host, camera, TransportPacket::noProtocol, "bare");
-    EXPECT_EQ(bare.serialize(), "bare");
+    char memory[] = "bare";
+    const IPv4Packet bare(host, camera, TransportPacket::noProtocol, QByteArray::fromRawData(memory, 4));
+    const QByteArray kept = bare.serialize();
+    memory[0] = 'c';
+    EXPECT_EQ(kept, "bare");
     EXPECT_EQ(bare.lengthField(), 0);
 }
 
@@ -106,22 +130,25 @@ TEST(IPv4Packet, carriesChild)
 {
     IcmpPacket child(8, 0, "data");
     const IPv4Packet packet(host, camera, &child);
-    const QByteArray message = child.serialize(host, camera);
-    EXPECT_EQ(packet.protocol(), 1);
-    EXPECT_EQ(packet.headerSize(), 20U);
-    EXPECT_EQ(packet.payloadSize(), 8U);
-    EXPECT_EQ(packet.totalSize(), 28U);
-    EXPECT_EQ(packet.payload(), message);
-    EXPECT_EQ(packet.serialize(), IPv4Packet(host, camera, 1, message).serialize());
-    EXPECT_EQ(std::unique_ptr<IPv4Packet>(packet.clone())->payload(), message);
+    EXPECT_EQ(packet.serialize(), IPv4Packet(host, camera, 1, child.serialize(host, camera)).serialize());
+    EXPECT_EQ(std::unique_ptr<IPv4Packet>(packet.clone())->payload(), child.serialize(host, camera));
     const std::unique_ptr<TransportPacket> next(packet.transportPacket());
     EXPECT_NE(next.get(), &child);
     EXPECT_EQ(next->payload(), "data");
-
     const std::unique_ptr<InternetPacket> copy(InternetPacket::copyOf(packet));
     EXPECT_EQ(copy->lengthField(), 0) << "the header image was copied";
     EXPECT_EQ(copy->serialize(), packet.serialize());
     EXPECT_EQ(IPv4Packet(*copy).serialize(), packet.serialize());
+
+    Child odd;
+    const IPv4Packet other(host, camera, &odd);
+    EXPECT_EQ(other.protocol(), TransportPacket::noProtocol);
+    EXPECT_EQ(other.headerSize(), 20U);
+    EXPECT_EQ(other.payloadSize(), 30U);
+    EXPECT_EQ(other.totalSize(), 50U);
+    EXPECT_EQ(other.payload(), "10.77.1.1>10.77.1.98");
+    EXPECT_EQ(other.serialize().left(10), hex("45000078 00004000 ffff")) << "a header in any case";
+    EXPECT_EQ(other.serialize().mid(12), hex("0a4d0101 0a4d0162") + other.payload());
 }
 
 TEST(InternetPacket, unknownTypesHaveNoClass)

@@ -52,7 +52,7 @@ TEST(IcmpPacket, repliesToEchoRequestsOnly)
     EXPECT_EQ(IcmpPacket(8, 1, "x").echoReply(), nullptr);
 }
 
-// A recorded exchange, tag and padding included, from the frame inward and outward again.
+// A recorded exchange, padding included, from the frame inward and outward again.
 TEST(IcmpPacket, recordedRequestIsAnsweredAsRecorded)
 {
     std::unique_ptr<IcmpPacket> icmp;

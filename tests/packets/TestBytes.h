@@ -11,6 +11,9 @@ inline QByteArray hex(const char* digits)
     return QByteArray::fromHex(digits);
 }
 
+/// Several getters at once.
+using Values = std::vector<quint64>;
+
 /// Lets a failed comparison show what is different.
 inline void PrintTo(const QByteArray& bytes, std::ostream* out) // NOLINT: the name GoogleTest looks for
 {
@@ -33,3 +36,18 @@ public:
 private:
     std::vector<char> m_memory;
 };
+
+/// Calls @p use with every beginning of @p good and with each of its bytes changed in three ways, each time
+/// in memory without a spare byte behind it.
+template <typename Use>
+void forEachDamage(const QByteArray& good, Use use)
+{
+    for (int length = 0; length <= good.size(); ++length)
+        use(TightBytes(good.left(length)).array());
+    for (int at = 0; at < good.size(); ++at)
+        for (const int flipped : {0x01, 0x80, 0xff}) {
+            QByteArray damaged = good;
+            damaged[at] = char(damaged[at] ^ flipped);
+            use(TightBytes(damaged).array());
+        }
+}

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -11,44 +13,27 @@ using kivo::plugin::binding::rootLengthAbove;
 
 TEST(InstallRootWalk, theNearestKnownDirectoryAboveTheFileGivesTheRoot)
 {
-    const struct {
-        std::string file, root;
-    } cases[] = {
-        {"/x/bin/p.so", "/x"},
-        {"/x/bin/plugins/p.so", "/x"},
-        {"/x/dll/p.so", "/x"},
-        {"/x/Gate Modules/p.so", "/x"},
-        {"/x/lib/p.so", "/x"},
-        {"/x/lib64/p.so", "/x"},
-        {"/x/BIN/p.so", "/x"},
-        {"/x/gAtE mODULES/p.so", "/x"},
-        {"/a/lib/b/bin/p.so", "/a/lib/b"},
-        {"/a/bin/bin/p.so", "/a/bin"},
-        {"//a//b//bin//p.so", "//a//b"},
-        {"/bin/p.so", "/"},
-        {"/x/bin2/p.so", ""},
-        {"/x/sbin/p.so", ""},
-        {"/x/lib32/p.so", ""},
-        {"/x/y/bin", ""},
-        {"/x/Gate  Modules/p.so", ""},
-        {"/p.so", ""},
-        {"//p.so", ""},
-        {"p.so", ""},
-        {"", ""},
-        {"/", ""},
-        {"a/p.so", ""},
-        {"/x/.bin/p.so", ""},
+    const std::map<std::string, std::vector<std::string>> filesByRoot{
+        {"/x",
+         {"/x/bin/p.so", "/x/bin/plugins/p.so", "/x/dll/p.so", "/x/Gate Modules/p.so", "/x/lib/p.so",
+          "/x/lib64/p.so", "/x/BIN/p.so", "/x/gAtE mODULES/p.so"}},
+        {"/a/lib/b", {"/a/lib/b/bin/p.so"}},
+        {"/a/bin", {"/a/bin/bin/p.so"}},
+        {"//a//b", {"//a//b//bin//p.so"}},
+        {"/", {"/bin/p.so"}},
+        {"",
+         {"/x/bin2/p.so", "/x/sbin/p.so", "/x/lib32/p.so", "/x/y/bin", "/x/Gate  Modules/p.so", "/p.so",
+          "//p.so", "p.so", "", "/", "a/p.so", "/x/.bin/p.so"}},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(each.file.substr(0, rootLengthAbove(each.file)), each.root) << each.file;
+    for (const auto& [root, files] : filesByRoot)
+        for (const std::string& file : files)
+            EXPECT_EQ(file.substr(0, rootLengthAbove(file)), root) << file;
 }
 
 TEST(InstallRootWalk, trailingSeparatorsGo)
 {
-    EXPECT_EQ(lengthWithoutTrailingSeparators("/x/y"), 4U);
-    EXPECT_EQ(lengthWithoutTrailingSeparators("/x/y///"), 4U);
-    EXPECT_EQ(lengthWithoutTrailingSeparators("//"), 0U);
-    EXPECT_EQ(lengthWithoutTrailingSeparators(""), 0U);
+    for (const auto& [path, length] : {std::pair("/x/y", 4U), {"/x/y///", 4U}, {"//", 0U}, {"", 0U}})
+        EXPECT_EQ(lengthWithoutTrailingSeparators(path), length) << path;
 }
 
 } // namespace

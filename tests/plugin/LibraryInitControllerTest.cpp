@@ -28,7 +28,12 @@ class Noted : public GuardedSingleton<Noted<name>> {
 public:
     Noted() { tell(" made"); }
     ~Noted() override { tell(" deleted"); }
-    void init() override { tell(" init"); }
+    void init() override
+    {
+        if constexpr (name == 'b')
+            Noted<'c'>::instance(); // made later, so it ends earlier
+        tell(" init");
+    }
     void deinit() override { tell(" deinit"); }
 
 private:
@@ -52,16 +57,17 @@ TEST_F(LibraryInitControllerTest, theLastDeinitTakesLibrariesDownAndThenSingleto
     LibraryInitController::init();
     GuardedSingletonBase::InstancePointer* pointer = nullptr;
     EXPECT_EQ(Noted<'a'>::instance()->instancePointer(&pointer), pointer);
-    EXPECT_EQ(pointer->load(), Noted<'a'>::instance());
+    EXPECT_EQ(*pointer, Noted<'a'>::instance());
     registerCoreAndMesk();
     Noted<'b'>::instance();
-    EXPECT_THAT(events, ElementsAre("a made", "a init", "core up", "mesk up", "b made", "b init"));
+    EXPECT_THAT(events, ElementsAre("a made", "a init", "core up", "mesk up", "b made", "c made", "c init",
+                                    "b init"));
 
     events.clear();
     LibraryInitController::deinit();
-    EXPECT_THAT(events,
-                ElementsAre("mesk down", "core down", "b deinit", "b deleted", "a deinit", "a deleted"));
-    EXPECT_EQ(pointer->load(), nullptr);
+    EXPECT_THAT(events, ElementsAre("mesk down", "core down", "c deinit", "c deleted", "b deinit",
+                                    "b deleted", "a deinit", "a deleted"));
+    EXPECT_EQ(*pointer, nullptr);
 
     events.clear();
     LibraryInitController::init();
@@ -90,11 +96,11 @@ TEST_F(LibraryInitControllerTest, usesAreCountedAndEveryRegistrationCounts)
 TEST_F(LibraryInitControllerTest, withoutAControllerNothingIsRemembered)
 {
     registerCoreAndMesk();
-    Noted<'c'>* const unregistered = Noted<'c'>::instance();
+    Noted<'u'>* const unregistered = Noted<'u'>::instance();
     LibraryInitController::init();
     LibraryInitController::deinit();
-    EXPECT_THAT(events, ElementsAre("core up", "mesk up", "c made", "c init"));
-    EXPECT_EQ(Noted<'c'>::instance(), unregistered);
+    EXPECT_THAT(events, ElementsAre("core up", "mesk up", "u made", "u init"));
+    EXPECT_EQ(Noted<'u'>::instance(), unregistered);
 }
 
 TEST_F(LibraryInitControllerTest, anExceptionOfAnInitFunctionLeavesTheGuardFreeAndTheDeinitFunctionRegistered)
@@ -112,29 +118,39 @@ TEST_F(LibraryInitControllerTest, anExceptionOfAnInitFunctionLeavesTheGuardFreeA
     EXPECT_THAT(events, ElementsAre("down"));
 }
 
-TEST_F(LibraryInitControllerTest, anInitFunctionMayComeBackWhileOtherThreadsWait)
+std::thread other;
+
+/// As an init or a deinit function: comes back in, while another thread has to wait.
+template <char name>
+void comeBack()
 {
     static std::atomic<bool> otherIsThere{false};
     static std::atomic<bool> otherIsThrough{false};
-    static std::thread other;
+    other = std::thread([] {
+        otherIsThere = true;
+        LibraryInitController::registerLibrary([] {}, [] {});
+        otherIsThrough = true;
+    });
+    LibraryInitController::registerLibrary([] { note("again up"); }, [] { note("again down"); });
+    Noted<name>::instance();
+    while (!otherIsThere)
+        std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    note(otherIsThrough ? "other came in" : "other waits");
+}
+
+TEST_F(LibraryInitControllerTest, initAndDeinitFunctionsMayComeBackWhileOtherThreadsWait)
+{
     LibraryInitController::init();
-    LibraryInitController::registerLibrary(
-        [] {
-            Noted<'d'>::instance();
-            other = std::thread([] {
-                otherIsThere = true;
-                LibraryInitController::registerLibrary([] {}, [] {});
-                otherIsThrough = true;
-            });
-            while (!otherIsThere)
-                std::this_thread::yield();
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            note(otherIsThrough ? "other came in" : "other waits");
-        },
-        [] {});
+    LibraryInitController::registerLibrary(&comeBack<'d'>, &comeBack<'e'>);
     other.join();
+    EXPECT_THAT(events, ElementsAre("again up", "d made", "d init", "other waits"));
+    events.clear();
     LibraryInitController::deinit();
-    EXPECT_THAT(events, ElementsAre("d made", "d init", "other waits", "d deinit", "d deleted"));
+    other.join();
+    // What registers itself that late isn't called any more, but a singleton ends with all others.
+    EXPECT_THAT(events, ElementsAre("again down", "again up", "e made", "e init", "other waits", "e deinit",
+                                    "e deleted", "d deinit", "d deleted"));
 }
 
 } // namespace

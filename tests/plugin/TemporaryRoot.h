@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <stdlib.h>
 #include <string>
 
@@ -14,7 +15,9 @@ public:
     TemporaryRoot()
     {
         std::string name = std::filesystem::temp_directory_path() / "mesk-XXXXXX";
-        m_path = std::filesystem::canonical(mkdtemp(name.data()));
+        if (mkdtemp(name.data()) == nullptr)
+            throw std::runtime_error("no temporary folder " + name);
+        m_path = std::filesystem::canonical(name);
     }
     TemporaryRoot(const TemporaryRoot&) = delete;
     TemporaryRoot& operator=(const TemporaryRoot&) = delete;

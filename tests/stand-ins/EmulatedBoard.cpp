@@ -27,32 +27,22 @@ const KivoBoardControl* loadBoard()
     return table(KIVO_BOARD_CONTROL_VERSION);
 }
 
-/// Which of the numbers of an operation are shown, and whether its text is.
+/// Which of the numbers of an operation are shown: those from `first` up to `end`. Of others none is.
 struct Shown {
     const char* operation;
-    bool text;
-    std::size_t firstNumber;
-    std::size_t lastNumber; // one behind
+    std::size_t first;
+    std::size_t end;
 };
 
 constexpr Shown shownOf[] = {
-    {"KHalInitDevice", false, 0, 1},
-    {"KHalFreeDevice", false, 0, 0},
-    {"KHalGetDeviceCount", false, 0, 0},
-    {"KHalGetDevice", false, 0, 1},
-    {"KHalPutDevice", false, 0, 0},
-    {"KHalGetBoardInfoInt", true, 0, 0},
-    {"KHalGetBoardInfoString", true, 0, 0},
-    {"KHalConfigureFpga", false, 0, 0},
-    {"KHalRegisterWrite", true, 2, 3},
-    {"KHalRegisterRead", true, 0, 0},
-    {"KHalDataQueueClear", false, 1, 2},
-    {"KHalDataQueueReadBufferLong", false, 1, 4},
-    {"KHalDataQueueGetNrOfLostWords", false, 1, 2},
-    {"DovFirmwareTrampoline", false, 0, 2},
-    {"DovGetRegisterByName", true, 0, 0},
-    {"DovUnloadDovFile", false, 0, 0},
-    {"DovLoadDovFileWithType", true, 0, 1},
+    {"KHalInitDevice", 0, 1},
+    {"KHalGetDevice", 0, 1},
+    {"KHalRegisterWrite", 2, 3},
+    {"KHalDataQueueClear", 1, 2},
+    {"KHalDataQueueReadBufferLong", 1, 4},
+    {"KHalDataQueueGetNrOfLostWords", 1, 2},
+    {"DovFirmwareTrampoline", 0, 2},
+    {"DovLoadDovFileWithType", 0, 1},
 };
 
 std::string lineOf(const KivoBoardCall& call)
@@ -60,27 +50,20 @@ std::string lineOf(const KivoBoardCall& call)
     const std::string operation = call.operation;
     if (operation == "note")
         return call.text;
+    std::string inside = call.text;
+    // A register id that is no register's stands for itself.
+    if (inside.empty() && operation.rfind("KHalRegister", 0) == 0)
+        inside = std::to_string(call.arguments[1]);
     for (const Shown& shown : shownOf) {
         if (operation != shown.operation)
             continue;
-        std::string inside;
-        // A register id that is no register's stands for itself.
-        const bool isRegister = operation.rfind("KHalRegister", 0) == 0;
-        if (shown.text)
-            inside = isRegister && call.text[0] == '\0' ? std::to_string(call.arguments[1]) : call.text;
-        for (std::size_t i = shown.firstNumber; i < shown.lastNumber; ++i)
+        for (std::size_t i = shown.first; i < shown.end; ++i)
             inside.append(inside.empty() ? "" : ", ").append(std::to_string(call.arguments[i]));
-        return std::string(operation).append("(").append(inside).append(")");
     }
-    throw std::logic_error("an operation that nobody knows: " + operation);
+    return operation + "(" + inside + ")";
 }
 
 } // namespace
-
-EmulatedBoard::EmulatedBoard()
-    : EmulatedBoard(std::string())
-{
-}
 
 EmulatedBoard::EmulatedBoard(const std::string& setupIniText)
     : m_control(loadBoard())
@@ -112,18 +95,11 @@ bool EmulatedBoard::scriptFired() const
     return m_control->scriptedCalls() != 0;
 }
 
-std::uint32_t EmulatedBoard::openHandles() const
+KivoBoardHeld EmulatedBoard::held() const
 {
     KivoBoardHeld held{};
     m_control->held(&held);
-    return held.devices;
-}
-
-std::uint32_t EmulatedBoard::openDesigns() const
-{
-    KivoBoardHeld held{};
-    m_control->held(&held);
-    return held.designs;
+    return held;
 }
 
 std::vector<KivoBoardCall> EmulatedBoard::calls() const

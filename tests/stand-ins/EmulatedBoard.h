@@ -13,8 +13,7 @@ namespace mesk::tests {
 /// empty journal.
 class EmulatedBoard {
 public:
-    EmulatedBoard();
-    explicit EmulatedBoard(const std::string& setupIniText);
+    explicit EmulatedBoard(const std::string& setupIniText = {});
 
     const KivoBoardControl& control() const { return *m_control; }
 
@@ -23,8 +22,8 @@ public:
     /// Whether a script has answered a call.
     bool scriptFired() const;
     /// Handles and designs held of the board.
-    std::uint32_t openHandles() const;
-    std::uint32_t openDesigns() const;
+    std::uint32_t openHandles() const { return held().devices; }
+    std::uint32_t openDesigns() const { return held().designs; }
 
     std::vector<KivoBoardCall> calls() const;
     /// The journal as one line a call: "KHalInitDevice(0)", "KHalRegisterWrite(GigE_Reset, 15)",
@@ -38,6 +37,8 @@ public:
     void inject(std::uint32_t queue, const std::vector<std::uint32_t>& words, std::uint32_t board = 0);
 
 private:
+    KivoBoardHeld held() const;
+
     const KivoBoardControl* m_control;
 };
 

@@ -3,46 +3,43 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <gmock/gmock.h>
-#include <set>
+#include <gtest/gtest.h>
 #include <stdexcept>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace kivo::templates::platform {
 namespace {
 
-using testing::HasSubstr;
+namespace fs = std::filesystem;
 
 /// A folder of files that goes with the test; the property's environment is clean before and after.
 class TweakPropertiesTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        std::filesystem::remove_all(m_folder);
-        std::filesystem::create_directories(m_folder);
         TearDown();
+        fs::create_directories(m_folder);
     }
     void TearDown() override
     {
         unsetenv("APPDATA");
         unsetenv(maskVariable);
-        std::filesystem::remove(installationFile);
+        fs::remove(installationFile);
+        fs::remove_all(m_folder);
     }
-
     std::string file(const std::string& name, const std::string& text) const
     {
-        const std::filesystem::path path = m_folder / name;
-        std::ofstream(path, std::ios::binary) << text;
-        return path;
+        std::ofstream(m_folder / name, std::ios::binary) << text;
+        return m_folder / name;
     }
 
     static constexpr const char* mask = "GIGE::DriverClassPortMask";
     static constexpr const char* maskVariable = "KIVO_GIGE_DRIVER_CLASS_PORT_MASK";
     // Of the root in which this program stands.
-    const std::filesystem::path installationFile =
-        std::filesystem::canonical("/proc/self/exe").parent_path().parent_path() / "rt.conf";
-    const std::filesystem::path m_folder = std::filesystem::path(testing::TempDir()) / "mesk-tweak-test";
+    const fs::path installationFile = fs::canonical("/proc/self/exe").parent_path().parent_path() / "rt.conf";
+    const fs::path m_folder = fs::path(testing::TempDir()) / ("mesk-tweak-test-" + std::to_string(getpid()));
 };
 
 /// The value, or the message of what was thrown.
@@ -64,50 +61,33 @@ TEST_F(TweakPropertiesTest, takesTheFirstSourceThatConverts)
         const char* user;   // value in the per-user file; null: no such file
         const char* system; // the same of the installation-wide file
         const char* variable;
-        const char* expected;
+        std::string expected;
     };
     const char* const size = "Global::PCAPFileSizeLimit";
     const char* const none = nullptr;
-    for (const Case& each : std::vector<Case>{
-             {mask, {}, none, none, none, "0"},
-             {mask, {}, none, none, "5", "5"},
-             {mask, {}, "3", none, "5", "3"},
-             {mask, {}, "3", "4", "5", "3"},
-             {mask, {}, "abc", "7", "5", "7"},
-             {mask, {}, "", "", "5", "5"},
-             {mask, {}, none, "Off", "", "0"},
-             {mask, {"=9", "x=9"}, none, none, none, "0"}, // no word: nothing of a command line counts
-             {size, {"--PCAPLIMIT=9", "-pcaplimit=8", "pcaplimit=x"}, none, none, none, "8"},
-             {size, {"pcapLimit=-12 rest"}, "3", none, none, "-12"},
-             {size,
-              {"pcaplimit", "---", "", "pcaplimit =1", "pcaplimit=", "pcaplimits=1", nullptr},
-              "3",
-              none,
-              none,
-              "3"},
-             {mask, {}, "12abc", none, none, "12"},
-             {mask, {}, "0x10", none, none, "0"},
-             {mask, {}, "+2147483647", none, none, "2147483647"},
-             {mask, {}, "2147483648", "-2147483648", none, "-2147483648"},
-             {"global::enablepcap",
-              {"pcap=1"},
-              "1",
-              none,
-              none,
-              "TweakProperties: Unknown property requested: 'global::enablepcap'"},
-             {"Global::EnablePCAP",
-              {"pcap=On"},
-              "On",
-              none,
-              none,
-              "TweakProperties: No valid value found for property 'Global::EnablePCAP'"},
-             {"Nanoprobe::LogDir",
-              {},
-              none,
-              none,
-              none,
-              "TweakProperties: No valid value found for property 'Nanoprobe::LogDir'"},
-         }) {
+    const std::string unknown = "TweakProperties: Unknown property requested: '";
+    const std::string invalid = "TweakProperties: No valid value found for property '";
+    const std::vector<const char*> strange{"pcaplimit",  "---",          "",     "pcaplimit =1",
+                                           "pcaplimit=", "pcaplimits=1", nullptr};
+    const Case cases[] = {
+        {mask, {}, none, none, none, "0"},
+        {mask, {}, "3", "4", "5", "3"},
+        {mask, {}, "abc", "7", "5", "7"},
+        {mask, {}, "", "", "5", "5"},
+        {mask, {}, none, "Off", "", "0"},
+        {mask, {"=9", "x=9"}, none, none, none, "0"}, // no word: nothing of a command line counts
+        {size, {"--PCAPLIMIT=9", "-pcaplimit=8", "pcaplimit=x"}, none, none, none, "8"},
+        {size, {"pcapLimit=-12 rest"}, "3", none, none, "-12"},
+        {size, strange, "3", none, none, "3"},
+        {mask, {}, "12abc", none, none, "12"},
+        {mask, {}, "0x10", none, none, "0"},
+        {mask, {}, "+2147483647", none, none, "2147483647"},
+        {mask, {}, "2147483648", "-2147483648", none, "-2147483648"},
+        {"global::enablepcap", {"pcap=1"}, "1", none, none, unknown + "global::enablepcap'"},
+        {"Global::EnablePCAP", {"pcap=On"}, "On", none, none, invalid + "Global::EnablePCAP'"},
+        {"Nanoprobe::LogDir", {}, none, none, none, invalid + "Nanoprobe::LogDir'"},
+    };
+    for (const Case& each : cases) {
         if (each.variable != nullptr)
             setenv(maskVariable, each.variable, 1);
         const auto path = [&](const char* fileName, const char* value) {
@@ -115,9 +95,8 @@ TEST_F(TweakPropertiesTest, takesTheFirstSourceThatConverts)
             text.replace(text.find("::"), 2, "]\n");
             return value == nullptr ? std::string() : file(fileName, text.append(value));
         };
-        TweakProperties store;
         EXPECT_EQ(outcome([&] {
-                      return store.getProperty<std::int32_t>(
+                      return TweakProperties().getProperty<std::int32_t>(
                           TweakPropertyTable, path("user", each.user), path("system", each.system), each.name,
                           static_cast<std::int32_t>(each.arguments.size()), each.arguments.data());
                   }),
@@ -127,48 +106,51 @@ TEST_F(TweakPropertiesTest, takesTheFirstSourceThatConverts)
     }
 }
 
-TEST_F(TweakPropertiesTest, readsEachFileOncePerStoreAndAnewPerStore)
+TEST_F(TweakPropertiesTest, readsEachFileOncePerStoreAndOnlyIfItMustBeAsked)
 {
-    const auto read = [&](TweakProperties& store) {
-        return store.getProperty<std::int32_t>(TweakPropertyTable, m_folder / "user", m_folder / "system",
-                                               mask, -1, nullptr);
-    };
     TweakProperties store;
+    const auto read = [&](const std::string& name, std::initializer_list<const char*> arguments = {}) {
+        return store.getProperty<std::int32_t>(TweakPropertyTable, m_folder / "user", m_folder / "system",
+                                               name, static_cast<std::int32_t>(arguments.size()),
+                                               arguments.begin());
+    };
+    // What a file says while it isn't to be opened would show in the look-ups that follow.
+    file("user", "[GIGE]\nDriverClassPortMask=1");
+    file("system", "[GIGE]\nDriverClassPortMask=1");
+    EXPECT_EQ(read("Global::PCAPFileSizeLimit", {"pcaplimit=9"}), 9);
+    file("user", "[FG]\nLoadParametersNumRetries=5");
+    EXPECT_EQ(read("FG::LoadParametersNumRetries"), 5);
     file("system", "[GIGE]\nDriverClassPortMask=4");
-    EXPECT_EQ(read(store), 4);
+    EXPECT_EQ(read(mask), 4);
     file("user", "[GIGE]\nDriverClassPortMask=5");
     file("system", "[GIGE]\nDriverClassPortMask=6");
-    std::thread other([&] { EXPECT_EQ(read(store), 4); });
-    EXPECT_EQ(read(store), 4);
+    std::thread other([&] { EXPECT_EQ(read(mask), 4); });
+    EXPECT_EQ(read(mask), 4);
     other.join();
-    TweakProperties next;
-    EXPECT_EQ(read(next), 5);
 }
 
 TEST_F(TweakPropertiesTest, lookUpFindsTheFilesInTheirPlaces)
 {
     const auto look = [] { return readTweakProperty<std::int32_t>(mask, 0, nullptr); };
-    const std::filesystem::path data = m_folder / "data";
-    std::filesystem::create_directory(data);
+    const fs::path data = m_folder / "data";
+    fs::create_directory(data);
     setenv(maskVariable, "9", 1);
     EXPECT_EQ(look(), 9);
     std::ofstream(installationFile) << "[gige]\r\n driverclassportmask = 8 \r\n";
     EXPECT_EQ(look(), 8);
     setenv("APPDATA", data.c_str(), 1);
     EXPECT_EQ(look(), 8);
-    EXPECT_TRUE(std::filesystem::is_directory(data / "kivo"));
+    EXPECT_TRUE(fs::is_directory(data / "kivo"));
     std::ofstream(data / "kivo" / "rt.conf") << "[GIGE]\nDriverClassPortMask=7";
     EXPECT_EQ(look(), 7);
 
     // A directory that can't be made, one in the file's place, and none at all: that file is passed over.
-    setenv("APPDATA", (data / "missing" / "deeper").c_str(), 1);
-    EXPECT_EQ(look(), 8);
-    std::filesystem::create_directories(m_folder / "odd" / "kivo" / "rt.conf");
-    setenv("APPDATA", (m_folder / "odd").c_str(), 1);
-    EXPECT_EQ(look(), 8);
-    setenv("APPDATA", "", 1);
-    EXPECT_EQ(look(), 8);
-    EXPECT_FALSE(std::filesystem::exists("/kivo"));
+    fs::create_directories(m_folder / "odd" / "kivo" / "rt.conf");
+    for (const fs::path& folder : {data / "missing" / "deeper", m_folder / "odd", fs::path()}) {
+        setenv("APPDATA", folder.c_str(), 1);
+        EXPECT_EQ(look(), 8) << folder;
+    }
+    EXPECT_FALSE(fs::exists("/kivo"));
 }
 
 TEST_F(TweakPropertiesTest, parsesFilesLineByLine)
@@ -224,27 +206,16 @@ TEST_F(TweakPropertiesTest, parsesFilesLineByLine)
     EXPECT_EQ(plain.value("[x"), "y");
 }
 
-TEST(TweakPropertyTable, hasAllRowsAndEndsWithNulls)
+TEST(TweakPropertyTable, isTheOneThatTheRuntimeKnows)
 {
-    std::set<std::string> keys;
-    const TweakPropertyRow* row = TweakPropertyTable;
-    for (; row->key != nullptr; ++row) {
-        EXPECT_THAT(row->key, HasSubstr("::"));
-        EXPECT_NE(row->environmentVariable, nullptr);
-        EXPECT_NE(row->commandLineWord, nullptr);
-        EXPECT_NE(row->defaultValue, nullptr);
-        keys.insert(row->key);
-    }
-    EXPECT_EQ(row - TweakPropertyTable, 52);
-    EXPECT_EQ(keys.size(), 52U);
-    EXPECT_STREQ(TweakPropertyTable[0].key, "Global::EnablePCAP");
-    EXPECT_STREQ(TweakPropertyTable[51].defaultValue, "COM4");
-    for (const auto& [name, expected] :
-         std::map<std::string, int>{{"FG::LoadParametersNumRetries", 3},
-                                    {"GIGE::CableDiagnosticTimeout", 4000},
-                                    {"CXP::WaitAfterPowerup", 2000},
-                                    {"Internal::NumberofTestPacketstoSend", 10000}})
-        EXPECT_EQ(readTweakProperty<std::int32_t>(name, 0, nullptr), expected) << name;
+    int rows = 0;
+    std::uint64_t hash = 0xcbf29ce484222325; // FNV-1a over "key|variable|word|default\n" of each row
+    for (const TweakPropertyRow* row = TweakPropertyTable; row->key != nullptr; ++row, ++rows)
+        for (const char c : std::string(row->key) + '|' + row->environmentVariable + '|' +
+                                row->commandLineWord + '|' + row->defaultValue + '\n')
+            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+    EXPECT_EQ(rows, 52);
+    EXPECT_EQ(hash, 0xc0eaca304efac88aU);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "support/logging/Logging.h"
-#include "tests/support/logging/RecordingDispatcher.h"
-#include "tests/support/logging/RecordingDispatcherControl.h"
+#include "support/platform/os/Event.h"
+#include "tests/support/logging/RecordingDispatcherRecord.h"
 
 #include <atomic>
 #include <gmock/gmock.h>
@@ -18,7 +18,7 @@ protected:
     void TearDown() override { LibraryInitController::deinit(); }
 
     RecordingDispatcher dispatcher;
-    mesk::tests::RecordingDispatcherControl& control = dispatcher.control();
+    mesk::tests::RecordingDispatcherRecord& record = dispatcher.record();
 };
 
 TEST_F(LoggingWithDispatcher, handsLinesOnWithIdLevelAndExtraData)
@@ -43,33 +43,33 @@ TEST_F(LoggingWithDispatcher, handsLinesOnWithIdLevelAndExtraData)
 
 TEST_F(LoggingWithDispatcher, keepsOneLoggerForEachIdWithItsFirstLevel)
 {
-    control.shareId("alias", "name");
-    control.setReportedLevel(levelInformation);
+    record.ids["alias"] = record.idOf("name");
+    record.level = levelInformation;
     const Logger* const logger = Logging::getLogger("name");
-    control.setReportedLevel(levelError);
+    record.level = levelError;
     EXPECT_EQ(Logging::getLogger("name"), logger);
     EXPECT_EQ(Logging::getLogger("alias"), logger);
     EXPECT_NE(Logging::getLogger("other"), logger);
     EXPECT_TRUE(logger->isEnabled(levelInformation));
 
     // A change for an id that has no logger yet leaves no trace.
-    control.changeLevel(control.idOf("later"), levelDetail);
+    dispatcher.changeLevel("later", levelDetail);
     EXPECT_FALSE(Logging::getLogger("later")->isEnabled(levelWarning));
     EXPECT_TRUE(Logging::getLogger("later")->isEnabled(levelError));
-    control.changeLevel(control.idOf("name"), levelError);
+    dispatcher.changeLevel("name", levelError);
     EXPECT_FALSE(logger->isEnabled(levelWarning));
 }
 
 TEST_F(LoggingWithDispatcher, standsCallsFromWithinTheAttachment)
 {
     std::thread other;
-    control.onAttach([&] {
-        control.changeLevel(1, levelDetail);
+    record.attachObserver = [&] {
+        dispatcher.changeLevel("early", levelDetail);
         const Logger* const early = Logging::getLogger("early");
         EXPECT_FALSE(early->isEnabled(levelError));
         early->log(levelError, "dropped", 0, nullptr);
-        other = std::thread([&] { control.changeLevel(1, levelDetail); });
-    });
+        other = std::thread([&] { dispatcher.changeLevel("early", levelDetail); });
+    };
     const Logger* const logger = Logging::getLogger("early");
     other.join();
     logger->log(levelError, "kept", 0, nullptr);
@@ -80,6 +80,9 @@ TEST_F(LoggingWithDispatcher, goesSilentWhenTheDispatcherGoes)
 {
     dispatcher.setLevel(levelDetail);
     const Logger* const logger = Logging::getLogger("name");
+    templates::platform::os::ManualResetEvent nameCame(false), otherCame(false);
+    dispatcher.onLine(
+        [&](const RecordedLine& line) { (line.logger == "name" ? nameCame : otherCame).set(); });
     std::atomic<bool> stop{false};
     const auto logOn = [&](const char* name) {
         while (!stop) {
@@ -90,12 +93,14 @@ TEST_F(LoggingWithDispatcher, goesSilentWhenTheDispatcherGoes)
     };
     std::thread first(logOn, "name");
     std::thread second(logOn, "other");
+    EXPECT_TRUE(nameCame.waitFor(10000) && otherCame.waitFor(10000));
     for (std::uint32_t level = 0; level < 50; ++level)
         dispatcher.setLevel(level % levelOff);
-    control.goAway();
+    dispatcher.goAway();
     stop = true;
     first.join();
     second.join();
+    dispatcher.onLine(nullptr);
 
     dispatcher.clear();
     logger->log(levelError, "dropped", 0, nullptr);
@@ -103,21 +108,16 @@ TEST_F(LoggingWithDispatcher, goesSilentWhenTheDispatcherGoes)
     EXPECT_NE(Logging::getLogger("name"), logger);
     EXPECT_EQ(Logging::getLogger("name"), Logging::getLogger("other"));
     EXPECT_FALSE(Logging::getLogger("name")->isEnabled(levelError));
-}
+    LibraryInitController::deinit();
+    EXPECT_EQ(record.detachCount, 0U) << "one that has gone wants no farewell";
 
-TEST_F(LoggingWithDispatcher, takesLeaveAtTeardownUnlessTheDispatcherHasGone)
-{
-    for (const bool goes : {false, true}) {
-        const unsigned detached = control.detachCount();
-        Logging::getLogger("name");
-        EXPECT_TRUE(control.attached());
-        if (goes)
-            control.goAway();
-        LibraryInitController::deinit();
-        EXPECT_EQ(control.detachCount() - detached, goes ? 0U : 1U);
-        EXPECT_FALSE(control.attached());
-        LibraryInitController::init();
-    }
+    LibraryInitController::init();
+    Logging::getLogger("name");
+    EXPECT_NE(record.client.logging, nullptr);
+    LibraryInitController::deinit();
+    EXPECT_EQ(record.detachCount, 1U);
+    EXPECT_EQ(record.client.logging, nullptr);
+    LibraryInitController::init();
 }
 
 TEST_F(LoggingWithDispatcher, mutesALoggerForOneThread)

@@ -17,7 +17,7 @@ struct RecordedLine {
     const void* extraData = nullptr;
 };
 
-class RecordingDispatcherControl;
+struct RecordingDispatcherRecord;
 
 /// Access to the one recording dispatcher of the process. Constructing it empties the record and sets
 /// every logger back to level 7. All operations may be called on any thread.
@@ -37,11 +37,15 @@ public:
     /// Called for each line, on the logging thread.
     void onLine(std::function<void(const RecordedLine&)> observer);
 
-    /// The operations that tests of the attachment itself need.
-    RecordingDispatcherControl& control() { return m_control; }
+    /// Tells the client a level for the id of one name and keeps nothing of it.
+    void changeLevel(const std::string& name, std::uint32_t level);
+    /// Tells the client that the dispatcher has gone.
+    void goAway();
+    /// What tests of the attachment itself look at and change, while no other thread does.
+    RecordingDispatcherRecord& record() { return m_record; }
 
 private:
-    RecordingDispatcherControl& m_control;
+    RecordingDispatcherRecord& m_record;
 };
 
 } // namespace mesk::tests

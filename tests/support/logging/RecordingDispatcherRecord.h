@@ -1,38 +1,43 @@
 #pragma once
 
+#include "support/logging/LoggingDispatcherDescriptor.h"
 #include "tests/support/logging/RecordingDispatcher.h"
+
+#include <map>
+#include <mutex>
 
 namespace mesk::tests {
 
-/// The recording dispatcher's library as the tests reach it. All operations may be called on any thread.
-class RecordingDispatcherControl {
-public:
-    virtual ~RecordingDispatcherControl() = default;
+/// What the recording dispatcher's library and the tests share. Neither the client nor an observer is
+/// ever called under the lock.
+struct RecordingDispatcherRecord {
+    struct Client {
+        void* logging = nullptr;
+        kivo::tools::logging::DispatcherGoneFunction gone = nullptr;
+        kivo::tools::logging::LevelChangedFunction levelChanged = nullptr;
+    };
 
-    virtual void reset() = 0;
-    virtual void setLevel(std::uint32_t level) = 0;
-    virtual std::vector<RecordedLine> lines() const = 0;
-    virtual void clear() = 0;
-    virtual void onLine(std::function<void(const RecordedLine&)> observer) = 0;
+    /// The id that the name has or will have; the lock is the caller's matter.
+    std::uint64_t idOf(const std::string& name)
+    {
+        const auto [entry, isNew] = ids.try_emplace(name, ids.size() + 1);
+        if (isNew)
+            names[entry->second] = name;
+        return entry->second;
+    }
 
-    /// Called within each attachment of a client, on its thread, before the client has its functions.
-    virtual void onAttach(std::function<void()> observer) = 0;
-    /// Gives `alias` the id of `name` from now on.
-    virtual void shareId(const std::string& alias, const std::string& name) = 0;
-    /// The id that the name has or will have.
-    virtual std::uint64_t idOf(const std::string& name) = 0;
-    /// Tells the client a level for one id and keeps nothing of it.
-    virtual void changeLevel(std::uint64_t id, std::uint32_t level) = 0;
-    /// The level reported for loggers that are asked for from now on; the client is told nothing.
-    virtual void setReportedLevel(std::uint32_t level) = 0;
-    /// Tells the client that the dispatcher has gone.
-    virtual void goAway() = 0;
-    virtual bool attached() const = 0;
-    /// Detachments since the reset.
-    virtual unsigned detachCount() const = 0;
+    std::mutex mutex; ///< guards all fields
+    Client client;
+    std::vector<RecordedLine> lines;
+    std::function<void(const RecordedLine&)> lineObserver;
+    std::function<void()> attachObserver;
+    std::map<std::string, std::uint64_t> ids; ///< by name, several names may share one
+    std::map<std::uint64_t, std::string> names;
+    std::uint32_t level = 7;
+    unsigned detachCount = 0;
 };
 
-/// Exported as data by the library: a pointer to its one control.
-constexpr const char* recordingDispatcherControlSymbol = "recording_dispatcher_control";
+/// Exported as data by the library: a pointer to its one record.
+constexpr const char* recordingDispatcherSymbol = "recording_dispatcher_record";
 
 } // namespace mesk::tests

@@ -2,6 +2,7 @@
 #include "support/platform/os/EventLog.h"
 #include "support/platform/os/File.h"
 #include "support/platform/os/Module.h"
+#include "tests/plugin/TemporaryRoot.h"
 
 #include <array>
 #include <chrono>
@@ -60,8 +61,8 @@ TEST(Clock, sleepsAtLeastAsLongAsAsked)
 
 TEST(File, readsRegularFilesOnly)
 {
-    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "mesk-file-test";
-    std::filesystem::remove_all(folder);
+    const mesk::tests::TemporaryRoot root;
+    const std::filesystem::path folder = root.path() / "folder";
     EXPECT_TRUE(createDirectory(folder));
     EXPECT_TRUE(createDirectory(folder)) << "is there already";
     EXPECT_FALSE(createDirectory(folder / "missing" / "sub"));
@@ -76,7 +77,6 @@ TEST(File, readsRegularFilesOnly)
     EXPECT_EQ(text, "unchanged");
     EXPECT_TRUE(readTextFile(folder / "file", text));
     EXPECT_EQ(text, bytes);
-    std::filesystem::remove_all(folder);
 }
 
 TEST(Module, saysWhereAnAddressComesFromAndWhyAFileDoesNotLoad)

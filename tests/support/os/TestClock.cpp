@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <mutex>
-#include <numeric>
 #include <thread>
 #include <utility>
 
@@ -16,53 +15,26 @@ namespace {
 constexpr std::uint64_t nsPerMs = 1000000;
 
 std::mutex mutex; // guards what follows
-std::vector<std::uint32_t> allSleeps;
+std::uint64_t allSleepsMs = 0;
 std::function<void(std::uint32_t)> sleepObserver;
 std::vector<std::string> allRecords;
 
 // Goes on through a reset: time never goes back.
 std::atomic<std::uint64_t> nowNs{nsPerMs};
 
-void sleep(std::uint32_t milliseconds)
-{
-    std::function<void(std::uint32_t)> observer;
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        allSleeps.push_back(milliseconds);
-        observer = sleepObserver;
-    }
-    nowNs += milliseconds * nsPerMs;
-    if (observer)
-        observer(milliseconds);
-    // A thread that paces itself by sleeps shall not starve the others.
-    std::this_thread::yield();
-}
-
-void record(const char* text)
-{
-    const std::lock_guard<std::mutex> lock(mutex);
-    allRecords.emplace_back(text);
-}
-
 } // namespace
 
 void TestClock::reset()
 {
     const std::lock_guard<std::mutex> lock(mutex);
-    allSleeps.clear();
+    allSleepsMs = 0;
     sleepObserver = nullptr;
 }
 
 std::uint64_t TestClock::sleptMs()
 {
     const std::lock_guard<std::mutex> lock(mutex);
-    return std::accumulate(allSleeps.begin(), allSleeps.end(), std::uint64_t{0});
-}
-
-std::vector<std::uint32_t> TestClock::sleeps()
-{
-    const std::lock_guard<std::mutex> lock(mutex);
-    return allSleeps;
+    return allSleepsMs;
 }
 
 void TestClock::onSleep(std::function<void(std::uint32_t)> observer)
@@ -87,19 +59,30 @@ std::vector<std::string> TestEventLog::records()
 
 namespace kivo::templates::platform::os {
 
+using namespace mesk::tests;
+
 void sleepMs(std::uint32_t milliseconds)
 {
-    mesk::tests::sleep(milliseconds);
+    std::unique_lock<std::mutex> lock(mutex);
+    allSleepsMs += milliseconds;
+    const auto observer = sleepObserver;
+    lock.unlock();
+    nowNs += milliseconds * nsPerMs;
+    if (observer)
+        observer(milliseconds);
+    // A thread that paces itself by sleeps shall not starve the others.
+    std::this_thread::yield();
 }
 
 std::uint64_t monotonicNowNs()
 {
-    return mesk::tests::nowNs += mesk::tests::nsPerMs;
+    return nowNs += nsPerMs;
 }
 
 void reportEventLogError(const char* text)
 {
-    mesk::tests::record(text);
+    const std::lock_guard<std::mutex> lock(mutex);
+    allRecords.emplace_back(text);
 }
 
 } // namespace kivo::templates::platform::os

@@ -16,8 +16,6 @@ public:
     static void reset();
     /// The sum of all sleeps since the reset.
     static std::uint64_t sleptMs();
-    /// Every sleep since the reset, in order.
-    static std::vector<std::uint32_t> sleeps();
     /// Called at each sleep, on the sleeping thread, with its length.
     static void onSleep(std::function<void(std::uint32_t milliseconds)> observer);
 };

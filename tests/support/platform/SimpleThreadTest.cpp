@@ -44,17 +44,16 @@ TEST(SimpleThread, runsOnceForEachStart)
         release.wait();
     });
     EXPECT_TRUE(worker.join()) << "never started";
-    for (int run = 1; run <= 3; ++run) {
+    for (int run = 1; run <= 2; ++run) {
         release.reset();
         EXPECT_TRUE(worker.start());
         EXPECT_TRUE(worker.start()) << "runs already";
         release.set();
-        if (run != 2) // a start after a run that nobody joined works as well, unless it still runs
-            EXPECT_TRUE(worker.join());
-        else
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_TRUE(worker.join());
         EXPECT_EQ(runs, run);
     }
+    for (; runs < 5; std::this_thread::yield())
+        EXPECT_TRUE(worker.start()) << "after a run that nobody joined, as soon as that has ended";
     EXPECT_TRUE(worker.join());
 }
 
@@ -66,7 +65,9 @@ TEST(SimpleThread, joinGivesUpAfterItsLimitAndCanBeRepeated)
     EXPECT_FALSE(worker.join(0));
     const auto before = std::chrono::steady_clock::now();
     EXPECT_FALSE(worker.join(1));
-    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
+    const auto took = std::chrono::steady_clock::now() - before;
+    EXPECT_GE(took, std::chrono::seconds(1));
+    EXPECT_LT(took, std::chrono::seconds(30));
     release.set();
     EXPECT_TRUE(worker.join());
     EXPECT_TRUE(worker.join(1));
@@ -129,15 +130,12 @@ TEST(SimpleThread, reportsThatTheSystemGaveNoThread)
 
 TEST(SetCurrentThreadName, cutsWhatThePlatformDoesNotTake)
 {
-    for (const auto& [name, expected] :
-         {std::pair("UiqAct/0-1", "UiqAct/0-1"), std::pair("UiqAct/1000000-77", "UiqAct/1000000-")}) {
-        std::thread([name = name, expected = expected] {
-            setCurrentThreadName(name);
-            std::array<char, 64> text{};
-            pthread_getname_np(pthread_self(), text.data(), text.size());
-            EXPECT_STREQ(text.data(), expected);
-        }).join();
-    }
+    std::thread([] {
+        std::array<char, 64> text{};
+        setCurrentThreadName("UiqAct/1000000-77");
+        pthread_getname_np(pthread_self(), text.data(), text.size());
+        EXPECT_STREQ(text.data(), "UiqAct/1000000-");
+    }).join();
 }
 
 } // namespace

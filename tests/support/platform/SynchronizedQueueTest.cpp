@@ -10,13 +10,9 @@
 namespace kivo::templates::platform {
 namespace {
 
-using Queue = SynchronizedQueue<std::shared_ptr<int>>;
+using testing::ElementsAre;
+using Ended = SynchronizedQueueInterruptException;
 constexpr auto whileBlocked = std::chrono::milliseconds(50);
-
-std::shared_ptr<int> item(int number)
-{
-    return std::make_shared<int>(number);
-}
 
 /// Processor time that the calling thread has used.
 std::chrono::nanoseconds busy()
@@ -26,49 +22,49 @@ std::chrono::nanoseconds busy()
     return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
 }
 
-std::vector<int> drained(Queue& queue)
+std::vector<int> drained(SynchronizedQueue<int>& queue)
 {
     std::vector<int> numbers;
-    for (std::shared_ptr<int> each; queue.tryPop(each);)
-        numbers.push_back(*each);
+    for (int each = 0; queue.tryPop(each);)
+        numbers.push_back(each);
     return numbers;
 }
 
 TEST(SynchronizedQueue, givesTheOldestFirstAndThoseFromTheFrontBeforeAll)
 {
-    Queue queue(64);
+    SynchronizedQueue<int> queue(64);
     for (const auto& [number, atFront] : {std::pair(1, false), {2, false}, {3, true}, {4, true}})
-        queue.push(item(number), atFront);
-    EXPECT_THAT(drained(queue), testing::ElementsAre(4, 3, 1, 2));
+        queue.push(number, atFront);
+    EXPECT_THAT(drained(queue), ElementsAre(4, 3, 1, 2));
 }
 
 TEST(SynchronizedQueue, blocksAPushWhileItIsFullAndAPopWhileItIsEmpty)
 {
-    Queue queue(2);
-    queue.push(item(1), false);
-    queue.push(item(2), false);
+    SynchronizedQueue<int> queue(2);
+    queue.push(1, false);
+    queue.push(2, false);
     std::atomic<bool> pushed{false};
     std::thread producer([&] {
-        queue.push(item(3), true);
+        queue.push(3, true);
         pushed = true;
         EXPECT_LT(busy(), whileBlocked / 2);
     });
     std::this_thread::sleep_for(whileBlocked);
     EXPECT_FALSE(pushed);
-    std::shared_ptr<int> taken;
+    int taken = 0;
     queue.pop(taken);
-    EXPECT_EQ(*taken, 1);
+    EXPECT_EQ(taken, 1);
     producer.join();
-    EXPECT_THAT(drained(queue), testing::ElementsAre(3, 2));
+    EXPECT_THAT(drained(queue), ElementsAre(3, 2));
 
     std::thread consumer([&] {
         queue.pop(taken);
         EXPECT_LT(busy(), whileBlocked / 2);
     });
     std::this_thread::sleep_for(whileBlocked);
-    queue.push(item(5), false);
+    queue.push(5, false);
     consumer.join();
-    EXPECT_EQ(*taken, 5);
+    EXPECT_EQ(taken, 5);
 }
 
 TEST(SynchronizedQueue, losesNothingBetweenManyThreads)
@@ -93,50 +89,43 @@ TEST(SynchronizedQueue, losesNothingBetweenManyThreads)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(sum, threadsPerSide * (itemsPerThread * (itemsPerThread + 1L) / 2));
-    int none = 0;
-    EXPECT_FALSE(queue.tryPop(none));
+    EXPECT_THAT(drained(queue), ElementsAre());
 }
 
 TEST(SynchronizedQueue, interruptFreesAllWhoWaitAndIsFinal)
 {
-    const std::shared_ptr<int> kept = item(1);
-    const std::shared_ptr<int> refused = item(2);
-    auto full = std::make_unique<Queue>(1);
-    Queue empty(1);
+    using Item = std::shared_ptr<int>;
+    const Item kept = std::make_shared<int>(1);
+    const Item refused = std::make_shared<int>(2);
+    auto full = std::make_unique<SynchronizedQueue<Item>>(1);
+    SynchronizedQueue<Item> empty(1);
+    SynchronizedQueue<Item> roomless(0);
     full->push(kept, false);
     std::vector<std::thread> blocked;
     for (int index = 0; index < 2; ++index) {
-        blocked.emplace_back(
-            [&] { EXPECT_THROW(full->push(refused, false), SynchronizedQueueInterruptException); });
+        blocked.emplace_back([&] { EXPECT_THROW(full->push(refused, false), Ended); });
+        blocked.emplace_back([&] { EXPECT_THROW(roomless.push(refused, false), Ended); });
         blocked.emplace_back([&] {
-            std::shared_ptr<int> taken;
-            EXPECT_THROW(empty.pop(taken), SynchronizedQueueInterruptException);
+            Item taken;
+            EXPECT_THROW(empty.pop(taken), Ended);
         });
     }
     std::this_thread::sleep_for(whileBlocked);
-    full->interrupt();
-    empty.interrupt();
+    for (SynchronizedQueue<Item>* const each : {full.get(), &empty, &roomless})
+        each->interrupt();
     for (std::thread& thread : blocked)
         thread.join();
 
-    std::shared_ptr<int> taken;
-    EXPECT_THROW(full->pop(taken), SynchronizedQueueInterruptException) << "items or not";
-    EXPECT_THROW(full->tryPop(taken), SynchronizedQueueInterruptException);
-    EXPECT_THROW(empty.push(refused, true), SynchronizedQueueInterruptException) << "room or not";
-    EXPECT_THROW(empty.tryPop(taken), SynchronizedQueueInterruptException);
+    Item taken;
+    EXPECT_THROW(full->pop(taken), Ended) << "items or not";
+    EXPECT_THROW(full->tryPop(taken), Ended);
+    EXPECT_THROW(empty.push(refused, true), Ended) << "room or not";
+    EXPECT_THROW(empty.tryPop(taken), Ended);
     EXPECT_EQ(taken, nullptr);
     EXPECT_EQ(refused.use_count(), 1);
     EXPECT_EQ(kept.use_count(), 2) << "the queue keeps what it holds";
     full.reset();
     EXPECT_EQ(kept.use_count(), 1);
-}
-
-TEST(SynchronizedQueue, ofNoCapacityWaitsForTheInterrupt)
-{
-    SynchronizedQueue<int> queue(0);
-    std::thread producer([&] { EXPECT_THROW(queue.push(1, false), SynchronizedQueueInterruptException); });
-    queue.interrupt();
-    producer.join();
 }
 
 } // namespace

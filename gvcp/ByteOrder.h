@@ -1,0 +1,7 @@
+#pragma once
+
+/// Order in which the words of a value or a payload stand as they are handed over.
+enum ByteOrder {
+    NetworkOrder = 0, ///< as on the wire
+    HostOrder = 1,    ///< 32-bit numbers as they lie in memory, to be turned into network order
+};

@@ -1,0 +1,62 @@
+#include "gvcp/GVCPMemoryReadCommandPacket.h"
+
+#include "packets/ByteArrayHelpers.h"
+#include "packets/ByteSlice.h"
+
+namespace {
+constexpr quint16 readMemoryCode = 0x0084;
+constexpr int addressAt = 0, reservedAt = addressAt + 4, countAt = reservedAt + 2;
+} // namespace
+
+GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(quint16 requestId, quint32 address, quint16 count,
+                                                         bool ackRequired)
+    : GVCPCommandPacket(ackRequired ? AckRequired : 0, readMemoryCode, requestId, {}, NetworkOrder)
+    , m_address(address)
+    , m_count(count)
+{
+    rebuild();
+}
+
+GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(const QByteArray& bytes)
+    : GVCPCommandPacket(bytes)
+{
+}
+
+GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(const ByteSlice& bytes)
+    : GVCPCommandPacket(bytes)
+{
+}
+
+GVCPMemoryReadCommandPacket::~GVCPMemoryReadCommandPacket() = default;
+
+quint32 GVCPMemoryReadCommandPacket::address() const
+{
+    return readField<quint32>(payloadBytes(), addressAt);
+}
+
+quint16 GVCPMemoryReadCommandPacket::count() const
+{
+    return readField<quint16>(payloadBytes(), countAt);
+}
+
+void GVCPMemoryReadCommandPacket::setAddress(quint32 address)
+{
+    m_address = address;
+    rebuild();
+}
+
+void GVCPMemoryReadCommandPacket::setCount(quint16 count)
+{
+    m_count = count;
+    rebuild();
+}
+
+bool GVCPMemoryReadCommandPacket::isAckRequired() const
+{
+    return hasFlag(AckRequired);
+}
+
+void GVCPMemoryReadCommandPacket::rebuild()
+{
+    setPayload(byteArrayFromUInt32(m_address) + byteArrayFromUInt32(m_count), HostOrder);
+}

@@ -1,0 +1,48 @@
+#include "gvcp/GVCPRegisterReadCommandPacket.h"
+
+#include "packets/ByteArrayHelpers.h"
+#include "packets/ByteSlice.h"
+
+namespace {
+constexpr quint16 readRegisterCode = 0x0080;
+constexpr int addressSizeBytes = 4;
+} // namespace
+
+GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(quint16 requestId, quint32 address,
+                                                             bool ackRequired)
+    : GVCPCommandPacket(ackRequired ? AckRequired : 0, readRegisterCode, requestId, {}, NetworkOrder)
+{
+    setAddress(address);
+}
+
+GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(const QByteArray& bytes)
+    : GVCPCommandPacket(bytes)
+{
+}
+
+GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(const ByteSlice& bytes)
+    : GVCPCommandPacket(bytes)
+{
+}
+
+GVCPRegisterReadCommandPacket::~GVCPRegisterReadCommandPacket() = default;
+
+quint16 GVCPRegisterReadCommandPacket::addressCount() const
+{
+    return quint16(payloadBytes().size() / addressSizeBytes);
+}
+
+quint32 GVCPRegisterReadCommandPacket::address(quint32 index) const
+{
+    return index < addressCount() ? readField<quint32>(payloadBytes(), int(index) * addressSizeBytes) : 0;
+}
+
+void GVCPRegisterReadCommandPacket::setAddress(quint32 address)
+{
+    setPayload(byteArrayFromUInt32(address), HostOrder);
+}
+
+bool GVCPRegisterReadCommandPacket::isAckRequired() const
+{
+    return hasFlag(AckRequired);
+}

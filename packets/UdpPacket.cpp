@@ -1,0 +1,233 @@
+#include "packets/UdpPacket.h"
+
+#include "gvcp/GVCPPacket.h"
+#include "packets/ByteArrayHelpers.h"
+#include "packets/ByteSlice.h"
+#include "packets/DhcpPacket.h"
+#include "packets/InternetChecksum.h"
+#include "packets/IpAddress.h"
+
+namespace {
+constexpr int sourcePortAt = 0, destinationPortAt = sourcePortAt + 2, lengthAt = destinationPortAt + 2,
+              checksumAt = lengthAt + 2, dataAt = checksumAt + 2;
+static_assert(dataAt == 8, "RFC 768: 8 bytes");
+
+// Its complement would be 0, which stands for a datagram without a checksum.
+constexpr quint16 sumWithoutComplement = 0xffff;
+
+quint32 sumOfAddress(const IpAddress& address)
+{
+    return (address.toUInt32() >> 16) + (address.toUInt32() & 0xffff);
+}
+} // namespace
+
+struct UdpPacket::D {
+    quint16 sourcePort = 0;
+    quint16 destinationPort = 0;
+    quint16 length = 0;
+    quint16 receivedChecksum = 0;
+    bool checksumIsReceived = false;
+    quint32 partialSum = 0; // all but the pseudo-header, carries not folded
+    bool checksumDirty = true;
+    bool valid = true;
+    bool checksumEnabled = true;
+    ByteSlice data;
+
+    D() = default;
+    D(quint16 from, quint16 to, bool withChecksum)
+        : sourcePort(from)
+        , destinationPort(to)
+        , checksumEnabled(withChecksum)
+    {
+    }
+
+    void parse(const ByteSlice& bytes);
+    void setData(const ByteSlice& bytes);
+    void setPort(quint16& port, quint16 value);
+    quint16 lengthOfData() const { return quint16(dataAt + data.size()); }
+    void updatePartialSum();
+    quint16 checksum(const IpAddress& source, const IpAddress& destination);
+};
+
+void UdpPacket::D::parse(const ByteSlice& bytes)
+{
+    sourcePort = readField<quint16>(bytes, sourcePortAt);
+    destinationPort = readField<quint16>(bytes, destinationPortAt);
+    receivedChecksum = readField<quint16>(bytes, checksumAt);
+    const int declaredLength = readField<quint16>(bytes, lengthAt);
+    setData(bytes.mid(dataAt, declaredLength - dataAt));
+    valid = declaredLength == dataAt + data.size();
+    checksumDirty = false;
+    checksumIsReceived = true;
+}
+
+void UdpPacket::D::setData(const ByteSlice& bytes)
+{
+    checksumDirty = true;
+    data = bytes;
+    valid = data.size() <= payloadSizeMaxBytes;
+    length = lengthOfData();
+}
+
+void UdpPacket::D::setPort(quint16& port, quint16 value)
+{
+    checksumDirty = checksumDirty || port != value;
+    port = value;
+}
+
+void UdpPacket::D::updatePartialSum()
+{
+    partialSum = quint32(quint32(sourcePort) + destinationPort + dataAt + (quint32(data.size()) & 0xffff) +
+                         sumOfWords(data.constData(), std::size_t(data.size())));
+    checksumDirty = false;
+    checksumIsReceived = false;
+}
+
+quint16 UdpPacket::D::checksum(const IpAddress& source, const IpAddress& destination)
+{
+    if (!checksumEnabled)
+        return 0;
+    if (checksumIsReceived && !checksumDirty)
+        return receivedChecksum;
+    if (checksumDirty)
+        updatePartialSum();
+    const quint16 sum =
+        foldedSum(partialSum + sumOfAddress(source) + sumOfAddress(destination) + Protocol + lengthOfData());
+    return sum == sumWithoutComplement ? sum : quint16(~sum);
+}
+
+UdpPacket::UdpPacket(quint16 sourcePort, quint16 destinationPort, const QByteArray& data,
+                     bool checksumEnabled)
+    : d(std::make_unique<D>(sourcePort, destinationPort, checksumEnabled))
+{
+    setData(data);
+}
+
+UdpPacket::UdpPacket(quint16 sourcePort, quint16 destinationPort, const ApplicationPacket& packet)
+    : UdpPacket(sourcePort, destinationPort, packet.serialize(), true)
+{
+}
+
+UdpPacket::UdpPacket(const QByteArray& bytes)
+    : UdpPacket(ByteSlice(bytes))
+{
+}
+
+UdpPacket::UdpPacket(const ByteSlice& bytes)
+    : d(std::make_unique<D>())
+{
+    d->parse(bytes);
+}
+
+UdpPacket::UdpPacket(const UdpPacket& other)
+    : TransportPacket(other)
+    , d(std::make_unique<D>(*other.d))
+{
+    d->checksumEnabled = true;
+}
+
+UdpPacket::UdpPacket(const TransportPacket& other)
+    : d(std::make_unique<D>())
+{
+    setData({});
+    if (const auto* same = dynamic_cast<const UdpPacket*>(&other))
+        *d = *same->d;
+    d->checksumEnabled = true;
+}
+
+UdpPacket::~UdpPacket() = default;
+
+quint32 UdpPacket::headerSize() const
+{
+    return dataAt;
+}
+
+quint32 UdpPacket::payloadSize() const
+{
+    return quint32(d->data.size());
+}
+
+quint32 UdpPacket::totalSize() const
+{
+    return d->length;
+}
+
+QByteArray UdpPacket::serialize(const IpAddress& source, const IpAddress& destination) const
+{
+    const D& r = *d;
+    if (!r.valid)
+        return {};
+    QByteArray datagram(dataAt + r.data.size(), Qt::Uninitialized);
+    char* const to = datagram.data();
+    qToBigEndian(r.sourcePort, to + sourcePortAt);
+    qToBigEndian(r.destinationPort, to + destinationPortAt);
+    qToBigEndian(r.lengthOfData(), to + lengthAt);
+    qToBigEndian(checksum(source, destination), to + checksumAt);
+    std::memcpy(to + dataAt, r.data.constData(), std::size_t(r.data.size()));
+    return datagram;
+}
+
+quint32 UdpPacket::length() const
+{
+    return payloadSize() + headerSize();
+}
+
+bool UdpPacket::isValid() const
+{
+    return d->valid;
+}
+
+QByteArray UdpPacket::protocolName() const
+{
+    return QByteArrayLiteral("UDP");
+}
+
+quint8 UdpPacket::protocol() const
+{
+    return Protocol;
+}
+
+const QByteArray& UdpPacket::payload() const
+{
+    return d->data.array();
+}
+
+quint16 UdpPacket::sourcePort() const
+{
+    return d->sourcePort;
+}
+
+quint16 UdpPacket::destinationPort() const
+{
+    return d->destinationPort;
+}
+
+void UdpPacket::setSourcePort(quint16 port)
+{
+    d->setPort(d->sourcePort, port);
+}
+
+void UdpPacket::setDestinationPort(quint16 port)
+{
+    d->setPort(d->destinationPort, port);
+}
+
+void UdpPacket::setData(const QByteArray& data)
+{
+    d->setData(ByteSlice(data));
+}
+
+quint16 UdpPacket::checksum(const IpAddress& source, const IpAddress& destination) const
+{
+    return d->checksum(source, destination);
+}
+
+ApplicationPacket* UdpPacket::applicationPacket() const
+{
+    const D& r = *d;
+    if (r.destinationPort == GVCPPacket::Port || r.sourcePort == GVCPPacket::Port)
+        return GVCPPacket::create(r.data);
+    if (DhcpPacket::isDhcpPorts(r.sourcePort, r.destinationPort))
+        return new DhcpPacket(r.data);
+    return nullptr;
+}
