@@ -14,6 +14,9 @@ using kivo::core::PluginEntry;
 struct PluginHost::D {
     ~D()
     {
+        if (deinit != nullptr) {
+            deinit();
+        }
         if (handle != nullptr) {
             os::freeModule(handle);
         }
@@ -32,7 +35,7 @@ struct PluginHost::D {
     std::string path;
     os::ModuleHandle handle = nullptr;
     const PluginDescriptor* descriptor = nullptr;
-    PluginEntry deinit = nullptr;
+    PluginEntry deinit = nullptr; ///< set while the plugin is in use
 };
 
 PluginHost::PluginHost(const std::string& binFolder)
@@ -44,18 +47,17 @@ PluginHost::PluginHost(const std::string& binFolder)
         throw Failure(ExitCode::Missing, fmt::format("plugin not loaded: {}", load.errorText));
     }
     d->handle = load.handle;
+    const PluginEntry init = d->data<PluginEntry>("plugin_init");
+    const PluginEntry deinit = d->data<PluginEntry>("plugin_deinit");
+    init();
+    d->deinit = deinit;
     if (d->data<std::int64_t>("plugin_count") != 1) {
         throw Failure(ExitCode::Missing, fmt::format("{}: not one plugin in it", d->path));
     }
     d->descriptor = &d->data<PluginDescriptor>("plugin_descriptor");
-    d->deinit = d->data<PluginEntry>("plugin_deinit");
-    d->data<PluginEntry>("plugin_init")();
 }
 
-PluginHost::~PluginHost()
-{
-    d->deinit();
-}
+PluginHost::~PluginHost() = default;
 
 const PluginDescriptor& PluginHost::descriptor() const
 {
