@@ -11,7 +11,7 @@ QByteArray text(const QByteArray& bytes, int width)
     return bytes.leftJustified(width, '\0');
 }
 
-// A device's answer to aravis, but for manufacturerInfo and userName, which filled their fields.
+// A device's recorded answer, but for manufacturerInfo and userName, which filled their fields.
 const QByteArray recorded = hex("00000003 00f8ffff 00020001 80000001 0000 024b00000062 80000007 00000005") +
                             QByteArray(12, '\0') + hex("0a4d0162") + QByteArray(12, '\0') + hex("ffffff00") +
                             QByteArray(12, '\0') + hex("0a4d0101") + text("Lab", 32) + text("Strict", 32) +

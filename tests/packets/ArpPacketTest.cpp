@@ -1,7 +1,7 @@
 #include "packets/ArpPacket.h"
-#include "packets/EthernetFrame.h"
 #include "packets/IPv4Packet.h"
 #include "packets/IpAddress.h"
+#include "packets/MacAddress.h"
 #include "tests/packets/TestBytes.h"
 
 #include <gtest/gtest.h>
@@ -81,21 +81,5 @@ TEST(ArpPacket, buildsRequestProbeAnnouncementAndReply)
     EXPECT_EQ(answer->destinationAddress(), ip);
     EXPECT_EQ(answer->targetMacAddress(), mac);
     EXPECT_EQ(answer->operation(), 2);
-}
-
-TEST(ArpPacket, ridesInFrame)
-{
-    const ArpPointer request(ArpPacket::request(ip, mac, otherIp));
-    const EthernetFrame frame(otherMac, MacAddress::broadcast(), request.get());
-    EXPECT_EQ(frame.serialize(),
-              QByteArray(6, '\xff') + hex("024b00000020 0806") + request->serialize() + QByteArray(18, '\0'));
-    for (const QByteArray& tag : {QByteArray(), hex("8100a064")}) {
-        const EthernetFrame received(frame.serialize().insert(12, tag));
-        const std::unique_ptr<InternetPacket> packet(received.internetPacket());
-        EXPECT_EQ(packet->serialize(), request->serialize());
-    }
-    const std::unique_ptr<InternetPacket> copy(frame.internetPacket());
-    EXPECT_NE(copy.get(), request.get());
-    EXPECT_EQ(copy->serialize(), request->serialize());
 }
 } // namespace

@@ -1,18 +1,14 @@
-#include "tests/plugin/TemporaryRoot.h"
 #include "tests/stand-ins/EmulatedBoard.h"
 
 #include <array>
 #include <chrono>
-#include <cstdlib>
 #include <dlfcn.h>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
-#include <iterator>
-#include <pcap/pcap.h>
+#include <stdexcept>
+#include <string>
 #include <thread>
-#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -48,10 +44,7 @@ struct Operations {
     Handle (*init)(std::uint32_t board) = Operation{"KHalInitDevice"};
     Status (*free)(Handle) = Operation{"KHalFreeDevice"};
     std::uint32_t (*count)() = Operation{"KHalGetDeviceCount"};
-    Handle (*get)(std::uint32_t index) = Operation{"KHalGetDevice"};
-    Status (*put)(Handle) = Operation{"KHalPutDevice"};
     std::int32_t (*infoInt)(Handle, const char* key) = Operation{"KHalGetBoardInfoInt"};
-    const char* (*infoText)(Handle, const char* key) = Operation{"KHalGetBoardInfoString"};
     Status (*configure)(Handle, Handle design) = Operation{"KHalConfigureFpga"};
     Status (*write)(Handle, Id, std::uint64_t) = Operation{"KHalRegisterWrite"};
     Status (*read)(Handle, Id, std::uint64_t*) = Operation{"KHalRegisterRead"};
@@ -62,7 +55,6 @@ struct Operations {
     Handle (*design)(std::uint8_t major, std::uint8_t minor) = Operation{"DovFirmwareTrampoline"};
     Id (*id)(Handle design, const char* name) = Operation{"DovGetRegisterByName"};
     Status (*unload)(Handle design) = Operation{"DovUnloadDovFile"};
-    Handle (*loadFile)(const char*, std::uint32_t type) = Operation{"DovLoadDovFileWithType"};
 };
 
 const Operations& ops()
@@ -179,110 +171,6 @@ std::int32_t plug(const EmulatedBoard& board, std::uint32_t port, const std::str
     return board.control().plug(0, port, link.c_str(), nullptr, 0);
 }
 
-void writeCapture(const std::string& path, const std::vector<Bytes>& frames, int linkType = DLT_EN10MB)
-{
-    pcap_t* const format = pcap_open_dead(linkType, 65535);
-    pcap_dumper_t* const dumper = pcap_dump_open(format, path.c_str());
-    for (const Bytes& frame : frames) {
-        pcap_pkthdr header{};
-        header.caplen = header.len = bpf_u_int32(frame.size());
-        pcap_dump(reinterpret_cast<u_char*>(dumper), &header, frame.data());
-    }
-    pcap_dump_close(dumper);
-    pcap_close(format);
-}
-
-std::vector<Bytes> readCapture(const std::string& path)
-{
-    std::vector<Bytes> frames;
-    char error[PCAP_ERRBUF_SIZE];
-    pcap_t* const capture = pcap_open_offline(path.c_str(), error);
-    if (capture == nullptr)
-        return frames;
-    pcap_pkthdr* header = nullptr;
-    const u_char* bytes = nullptr;
-    while (pcap_next_ex(capture, &header, &bytes) == 1) {
-        EXPECT_GT(header->ts.tv_sec, 1700000000);
-        frames.emplace_back(bytes, bytes + header->caplen);
-    }
-    pcap_close(capture);
-    return frames;
-}
-
-TEST(BoardHandles, badOnesAreRefusedAtOnceAndLeaveValuesAlone)
-{
-    EmulatedBoard board;
-    const std::uint64_t freed = ops().init(0);
-    EXPECT_EQ(ops().free(freed), 0);
-    const std::uint64_t design = ops().design(2, 0);
-    const std::uint32_t id = ops().id(design, "GigE_Reset");
-    std::uint64_t value = 77;
-    std::uint32_t word = 0;
-    for (const std::uint64_t bad : {std::uint64_t(0), freed, design, ~std::uint64_t(0)}) {
-        const std::vector<std::int32_t> statuses{ops().free(bad),
-                                                 ops().put(bad),
-                                                 ops().configure(bad, design),
-                                                 ops().write(bad, id, 0),
-                                                 ops().read(bad, id, &value),
-                                                 ops().clear(bad, 0),
-                                                 ops().readQueue(bad, 0, &word, 4, 5000),
-                                                 ops().lostWords(bad, 0)};
-        EXPECT_THAT(statuses, testing::Each(AllOf(testing::Lt(0), testing::Ne(timedOut)))) << bad;
-        EXPECT_EQ(ops().infoInt(bad, "ports/gige"), 0);
-        EXPECT_EQ(ops().infoText(bad, "board/name"), nullptr);
-    }
-    EXPECT_EQ(value, 77u);
-    const std::uint64_t device = ops().init(1);
-    EXPECT_LT(ops().configure(device, freed), 0);
-    EXPECT_LT(ops().put(device), 0) << "was not taken from the list";
-    EXPECT_EQ(ops().id(device, "GigE_Reset"), 0u);
-    EXPECT_LT(ops().unload(device), 0);
-    EXPECT_LT(ops().readQueue(device, 2, &word, 4, 5000), 0) << "the board has two ports";
-    EXPECT_LT(ops().readQueue(device, 16, &word, 4, 5000), 0);
-    EXPECT_LT(ops().readQueue(device, 0, nullptr, 4, 5000), 0);
-    EXPECT_LT(ops().read(device, id, nullptr), 0);
-    EXPECT_LT(ops().read(device, 0, &value), 0);
-    EXPECT_LT(ops().write(device, 0, 15), 0);
-    EXPECT_EQ(value, 77u);
-    EXPECT_EQ(board.openHandles(), 1u);
-    EXPECT_EQ(board.openDesigns(), 1u);
-    EXPECT_EQ(board.control().loadSetup(nullptr), 0);
-    EXPECT_LT(ops().free(device), 0) << "died with the power";
-    EXPECT_EQ(board.openHandles() + board.openDesigns(), 0u);
-    EXPECT_EQ(ops().init(2), 0u);
-    EXPECT_EQ(ops().design(9, 9), 0u);
-    EXPECT_EQ(ops().loadFile("any", 0), 0u);
-}
-
-TEST(BoardSetup, fitsBoardsAndDesigns)
-{
-    EmulatedBoard board("[Board0]\nname=One, two\nserial=0x1234\ntype=7\nfirmware=3.1\nports=1\nlink0=none\n"
-                        "[Board1]\ndevice=5\ncaminterface=Other\n"
-                        "[Design3.1]\nlacks=GigE_Mdio, GigeWriteData\n");
-    ASSERT_EQ(ops().count(), 2u);
-    EXPECT_EQ(ops().get(1), 0u);
-    const std::uint64_t second = ops().get(5);
-    EXPECT_STREQ(ops().infoText(second, "board/caminterface"), "Other");
-    EXPECT_EQ(ops().infoInt(second, "ports/gige"), 4);
-    EXPECT_EQ(board.control().setInfoInt(1, "board/serial", 0), 0);
-    EXPECT_EQ(ops().infoInt(second, "board/serial"), 0);
-    const char* const before = ops().infoText(second, "board/name");
-    EXPECT_EQ(board.control().setInfoString(1, "board/name", nullptr), 0);
-    EXPECT_EQ(ops().infoText(second, "board/name"), nullptr);
-    EXPECT_STREQ(before, "Emulated GigE board") << "a text that was given stays";
-    EXPECT_EQ(ops().put(second), 0);
-
-    const std::uint64_t first = ops().init(0);
-    EXPECT_STREQ(ops().infoText(first, "board/name"), "One,two");
-    EXPECT_EQ(ops().infoInt(first, "board/serial"), 0x1234);
-    EXPECT_EQ(ops().infoInt(first, "board/type"), 7);
-    EXPECT_EQ(ops().infoInt(first, "firmware/major") * 10 + ops().infoInt(first, "firmware/minor"), 31);
-    EXPECT_EQ(ops().infoInt(first, "unknown"), 0);
-    const std::uint64_t design = ops().design(3, 1);
-    EXPECT_EQ(ops().id(design, "GigE_Mdio") + ops().id(design, "GigeWriteData0"), 0u);
-    EXPECT_NE(ops().id(design, "GigE_MdioRD"), 0u);
-}
-
 TEST(BoardSetup, refusesWhatItDoesNotUnderstandAndKeepsWhatIsThere)
 {
     const std::vector<std::string> bad{"loose=1",
@@ -318,40 +206,6 @@ TEST(BoardSetup, refusesWhatItDoesNotUnderstandAndKeepsWhatIsThere)
     EXPECT_EQ(ops().infoInt(held, "ports/gige"), 2);
 }
 
-TEST(BoardDesigns, lackWhatTheirVersionLacks)
-{
-    EmulatedBoard board;
-    const std::map<std::string, std::vector<std::string>> namesByWhoLacksThem{
-        {"1", {"ActionCmdConfigData3"}},
-        {"2", {"GigeRecvPktCnt0", "GvcpFiFoNotEmpty_GigeTransceiver7"}},
-        {"3", {"GigeTxDisableCrcGeneration1"}},
-        {"", {"GigeTxTransferActive0", "GigE_RxEnable"}},
-        {"0123", {"GigeTxStart", "GigE_Reset0", "GigeTxStart8", "GigeTxStart-1", ""}},
-    };
-    for (const auto& [expected, names] : namesByWhoLacksThem) {
-        for (const std::string& name : names) {
-            std::string lacking;
-            for (std::uint8_t minor = 0; minor < 4; ++minor)
-                lacking += Device(0, minor).id(name) == 0 ? std::to_string(minor) : "";
-            EXPECT_EQ(lacking, expected) << name;
-        }
-    }
-    const Device all;
-    const std::uint32_t id = all.id("GigeTxDisableCrcGeneration0");
-    EXPECT_EQ(all.write("GigeTxDisableCrcGeneration0", 1), 0);
-    EXPECT_LT(all.write("GigeTxDisableCrcGeneration4", 1), 0) << "the board has four ports";
-    const Device lacking(0, 3);
-    std::uint64_t value = 5;
-    EXPECT_LT(ops().read(lacking.handle(), id, &value), 0);
-    EXPECT_EQ(value, 5u);
-    std::uint64_t held = 0;
-    EXPECT_EQ(board.control().registerValue(0, "GigeTxDisableCrcGeneration0", &held), 0);
-    EXPECT_EQ(held, 1u) << "loading a design leaves the state";
-    EXPECT_LT(board.control().registerValue(0, "Gige", &held), 0);
-    EXPECT_EQ(board.control().setRegisterValue(0, "GigeRecvPktCnt1", 1234567890123), 0);
-    EXPECT_EQ(Device().read("GigeRecvPktCnt1"), 1234567890123u);
-}
-
 TEST(BoardPhys, answerOverMdioAndGoThroughResets)
 {
     EmulatedBoard board;
@@ -376,21 +230,12 @@ TEST(BoardPhys, answerOverMdioAndGoThroughResets)
     EXPECT_EQ(board.control().phyIndirect(0, 2, 27), 0x418F) << "but not the indirect ones";
     EXPECT_EQ(board.control().phyIndirect(0, 1, 27), 0) << "of another PHY";
 
-    EXPECT_EQ(board.control().holdPhy(0, 2, 1), 0);
-    EXPECT_EQ(device.mdioRead(0), 0x9140u);
-    EXPECT_EQ(board.control().holdPhy(0, 2, 0), 0);
-    EXPECT_EQ(device.mdioRead(0), 0x1140u);
-    EXPECT_LT(board.control().holdPhy(0, 4, 1), 0);
-
     device.write("GigE_Reset", 0b1011);
     EXPECT_EQ(device.mdioRead(2), 0xFFFFu);
     device.write("GigE_Reset", 15);
     EXPECT_EQ(board.control().phyIndirect(0, 2, 27), 0) << "a reset by its line forgets all";
     device.write("GigE_MdioPhyAddr", 4);
     EXPECT_EQ(device.mdioRead(2), 0xFFFFu) << "there is no such PHY";
-    board.control().setPhyRegister(0, 3, 17, 0xAC08);
-    device.write("GigE_MdioPhyAddr", 3);
-    EXPECT_EQ(device.mdioRead(17), 0xAC08u);
 }
 
 TEST(BoardQueues, readWaitsForAllThatIsAskedAndTakesWhatIsThereAtTheEnd)
@@ -416,11 +261,6 @@ TEST(BoardQueues, readWaitsForAllThatIsAskedAndTakesWhatIsThereAtTheEnd)
     EXPECT_EQ(ops().lostWords(device.handle(), 9), -7);
     EXPECT_EQ(ops().clear(device.handle(), 9), 0);
     EXPECT_EQ(ops().readQueue(device.handle(), 9, words.data(), 4, 0), timedOut);
-    EXPECT_EQ(board.control().actionTimeout(0, 1, 0xfffe), 0);
-    EXPECT_LT(board.control().actionTimeout(1, 1, 1), 0) << "no such board";
-    EXPECT_EQ(ops().readQueue(device.handle(), 9, words.data(), 4, 0), 4);
-    EXPECT_EQ(words[0], 0x1fffeu);
-
     std::thread late([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         board.inject(0, {8});
@@ -481,7 +321,6 @@ TEST(BoardTransmitter, sendsFramesToTheOtherEndOfACable)
     EXPECT_EQ(sent.framesSent, 5u);
     EXPECT_EQ(sent.bytesSent, 60u + 60 + 60 + 60 + 0);
     EXPECT_EQ(counters(board, 0, 2).bytesReceived, 180u);
-    EXPECT_EQ(board.control().linkIdle(0, 2), 1);
     EXPECT_EQ(device.receive(2, 0), Words());
 }
 
@@ -506,11 +345,6 @@ TEST(BoardTransmitter, obeysItsRegisters)
     EXPECT_EQ(device.read("GigeTxTransferActive0"), 1u);
     EXPECT_EQ(device.receive(0).size(), 8193u);
     EXPECT_TRUE(eventually([&] { return device.read("GigeTxTransferActive0") == 0; }));
-    EXPECT_EQ(board.control().freezeTransmitter(0, 0, 0x1FF), 0);
-    EXPECT_EQ(device.read("GigeTxTransferActive0"), 0x1FFu);
-    EXPECT_EQ(board.control().freezeTransmitter(0, 0, 0), 0);
-    EXPECT_EQ(device.read("GigeTxTransferActive0"), 0u);
-
     device.send(frameOf(60));
     device.write("GigeWriteData0", 0xFFFF); // no reset before: the frame grows
     device.write("GigeWriteComplete0", 0);
@@ -536,76 +370,6 @@ TEST(BoardLinks, framesForWhomNobodyReadsAreLostAndCounted)
     }
 }
 
-TEST(BoardLinks, filesAreReplayedAndRecorded)
-{
-    const mesk::tests::TemporaryRoot folder;
-    const std::string in = folder.path() / "in.pcap";
-    const std::string out = folder.path() / "out.pcap";
-    const std::string none = folder.path() / "none.pcap";
-    const std::vector<Bytes> frames{frameOf(42), frameOf(61), frameOf(1514), frameOf(13), frameOf(64)};
-    writeCapture(in, frames);
-    for (const bool announced : {false, true}) {
-        std::string setup = "[Board0]\nreceiveCapacity=760\nlink1=file:";
-        setup.append(in).append(",").append(out);
-        EmulatedBoard board(setup.append("\noddFrames=").append(announced ? "announced" : "padded"));
-        const Device device;
-        ops().clear(device.handle(), 1); // as a user does who opens the port
-        EXPECT_EQ(device.receive(1), transmission(frameOf(42), 42));
-        Bytes odd = frameOf(61);
-        odd.push_back(0);
-        EXPECT_EQ(device.receive(1).front(), announced ? 61u : 62u);
-        EXPECT_EQ(device.receive(1), transmission(frameOf(1514), 1514));
-        EXPECT_EQ(device.receive(1), transmission(frameOf(64), 64)) << "what is no frame does not come";
-        EXPECT_TRUE(eventually([&] { return board.control().linkIdle(0, 1) == 1; }));
-        device.send(frameOf(60, 1), 1);
-        device.write("GigeTxDisableCrcGeneration1", 1);
-        device.send(frameOf(60, 2), 1);
-        EXPECT_TRUE(eventually([&] { return counters(board, 0, 1).refusedAtFarEnd == 1; }));
-        EXPECT_EQ(plug(board, 1, "none"), 0);
-        EXPECT_THAT(readCapture(out), ElementsAre(frameOf(60, 1)));
-    }
-    EmulatedBoard board;
-    const Device device;
-    writeCapture(in, {frameOf(64)});
-    EXPECT_EQ(plug(board, 0, "file:" + in), 0);
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(board.control().queuedWords(0, 0), 0u) << "a replay waits for a reader";
-    EXPECT_EQ(device.receive(0), transmission(frameOf(64), 64));
-
-    char reason[40];
-    const std::string link = "file:" + none + ",";
-    EXPECT_LT(board.control().plug(0, 0, link.c_str(), reason, sizeof reason), 0);
-    EXPECT_EQ(std::string(reason), (none + ": No such file or directory").substr(0, sizeof reason - 1));
-    writeCapture(none, {}, DLT_RAW);
-    EXPECT_LT(plug(board, 0, link), 0);
-    char text[300];
-    board.control().link(0, 0, text, sizeof text);
-    EXPECT_EQ(text, "file:" + in);
-}
-
-TEST(BoardLinks, pullingOneEndOfACableFreesTheOther)
-{
-    EmulatedBoard board;
-    const auto links = [&] {
-        std::string all;
-        for (std::uint32_t port = 0; port < 4; ++port) {
-            char text[40];
-            board.control().link(0, port, text, sizeof text);
-            all += std::string(text) + " ";
-        }
-        return all;
-    };
-    EXPECT_EQ(plug(board, 0, "pair:0.1"), 0);
-    EXPECT_EQ(links(), "pair:0.1 pair:0.0 none none ");
-    EXPECT_EQ(plug(board, 2, "pair:0.1"), 0);
-    EXPECT_EQ(links(), "none pair:0.2 pair:0.1 none ");
-    EXPECT_LT(plug(board, 2, "none:x"), 0);
-    EXPECT_EQ(plug(board, 1, "none"), 0);
-    EXPECT_EQ(links(), "none none none none ");
-    EXPECT_LT(board.control().plug(0, 4, "none", nullptr, 0), 0);
-    EXPECT_LT(board.control().linkIdle(7, 0), 0);
-}
-
 TEST(BoardScripts, answerTheCallsTheyAreFor)
 {
     EmulatedBoard board;
@@ -628,36 +392,6 @@ TEST(BoardScripts, answerTheCallsTheyAreFor)
     EXPECT_EQ(device.write("GigE_Reset", 3), -1) << "two calls, the second of which fails";
     EXPECT_EQ(device.read("GigE_Reset"), 15u);
     EXPECT_TRUE(board.scriptFired());
-}
-
-TEST(BoardJournal, keepsTheNewestCallsInOrder)
-{
-    EmulatedBoard board;
-    board.inject(0, {0xBEEF}, 1);
-    {
-        const Device device(1);
-        device.write("GigE_Reset", 15);
-        ops().write(device.handle(), 0, 15);
-        board.control().note("slept 100");
-        std::uint32_t word = 0;
-        ops().readQueue(device.handle(), 0, &word, 4, 100);
-        ops().infoInt(device.handle(), "ports/gige");
-    }
-    EXPECT_THAT(board.journal(),
-                ElementsAre("KHalInitDevice(1)", "DovFirmwareTrampoline(2, 0)", "KHalConfigureFpga()",
-                            "DovGetRegisterByName(GigE_Reset)", "KHalRegisterWrite(GigE_Reset, 15)",
-                            "KHalRegisterWrite(0, 15)", "slept 100", "KHalDataQueueReadBufferLong(0, 4, 100)",
-                            "KHalGetBoardInfoInt(ports/gige)", "DovUnloadDovFile()", "KHalFreeDevice()"));
-    const std::vector<KivoBoardCall> calls = board.calls();
-    EXPECT_EQ(calls[7].value, 0xBEEFu);
-    EXPECT_EQ(calls[7].result, 4);
-    EXPECT_EQ(calls[0].threadId, std::uint32_t(::gettid()));
-    board.control().setJournalCapacity(2);
-    EXPECT_EQ(board.control().journalDropped(), 9u);
-    EXPECT_THAT(board.journal(), ElementsAre("DovUnloadDovFile()", "KHalFreeDevice()"));
-    board.control().setJournalCapacity(0);
-    ops().count();
-    EXPECT_THAT(board.journal(), ElementsAre());
 }
 
 } // namespace
