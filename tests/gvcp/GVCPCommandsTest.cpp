@@ -16,7 +16,12 @@ namespace {
 TEST(GVCPCommands, builtFromFieldsAsOnTheWire)
 {
     EXPECT_EQ(GVCPRegisterReadCommandPacket(5, 0x0938, true).serialize(), hex("420100800004000500000938"));
-    EXPECT_EQ(GVCPRegisterReadCommandPacket(0, 0x0938, false).serialize(), QByteArray());
+    EXPECT_EQ(GVCPRegisterReadCommandPacket(0, 0x0938, true).serialize(), QByteArray());
+    const GVCPRegisterReadCommandPacket silent(5, 0x0938, false);
+    EXPECT_EQ(silent.serialize(), hex("420000800004000500000938"));
+    const GVCPMemoryReadCommandPacket silentMemory(2, 0x1000, 8, false);
+    EXPECT_EQ(silentMemory.serialize(), hex("42000084000800020000100000000008"));
+    EXPECT_FALSE(silent.isAckRequired() || silentMemory.isAckRequired());
     EXPECT_EQ(GVCPRegisterWriteCommandPacket(12, 0x0938, 0x07d1, HostOrder).serialize(),
               hex("420000820008000c00000938000007d1"));
     EXPECT_EQ(GVCPRegisterWriteCommandPacket(12, 0x0938, qToBigEndian(0x07d1U), NetworkOrder).serialize(),

@@ -95,6 +95,9 @@ TEST(GVCPPacket, setters)
     GVCPCommandPacket packet(0x11, 0x0086, 0, "abcdef", HostOrder);
     EXPECT_FALSE(packet.isValid());
     packet.setRequestId(7);
+    packet.setRequestId(0);
+    EXPECT_EQ(packet.serialize(), QByteArray()) << "valid no more";
+    packet.setRequestId(7);
     EXPECT_EQ(packet.serialize(), hex("4211008600040007") + byteArrayToNetworkWords("abcd"));
     packet.setPayload("abcdef", NetworkOrder);
     packet.setCommand(0x40);

@@ -15,7 +15,6 @@ const IpAddress from(0x0a000001), to(0x0a000002), other(0x0a000003);
 const QByteArray abc = hex("04d2 0f74 000b 132d 616263");
 // Recorded: a discovery.
 const QByteArray discovery = hex("c350 0f74 0010 df45 4211000200000001");
-const IpAddress discoverer(0x0a4d0163), everybody(0xffffffff);
 
 struct Parsed {
     const char* name;
@@ -72,9 +71,6 @@ TEST(UdpPacket, computesTheChecksum)
     EXPECT_EQ(off.serialize(from, to), hex("04d2 0f74 000b 0000 616263"));
     const std::unique_ptr<TransportPacket> copy(TransportPacket::copyOf(off));
     EXPECT_EQ(copy->serialize(from, to), abc) << "a copy has its checksum on";
-    UdpPacket recorded(discovery);
-    recorded.setData(recorded.payload());
-    EXPECT_EQ(recorded.serialize(discoverer, everybody), discovery);
 }
 
 TEST(UdpPacket, keepsReceivedChecksumUntilARealChange)
@@ -85,6 +81,9 @@ TEST(UdpPacket, keepsReceivedChecksumUntilARealChange)
     packet.setDestinationPort(3956);
     EXPECT_EQ(packet.serialize(from, other), wrong);
     EXPECT_EQ(UdpPacket(packet).serialize(from, to), wrong);
+    UdpPacket same(wrong);
+    same.setData(same.payload()); // the same bytes are a change
+    EXPECT_EQ(same.serialize(from, to), abc);
     packet.setDestinationPort(3957);
     packet.setDestinationPort(3956); // a change all the same
     packet.setSourcePort(1234);
@@ -116,9 +115,9 @@ TEST(UdpPacket, choosesTheApplicationByPorts)
 {
     const QByteArray ack = hex("0000 0081 0000 0001");
     for (const auto& [source, destination, kind] :
-         {std::tuple(68, 67, 'D'), std::tuple(67, 68, 'D'), std::tuple(68, 68, '-'), std::tuple(67, 1, '-'),
-          std::tuple(3956, 67, 'G'), std::tuple(67, 3956, 'G'), std::tuple(3956, 1, 'G'),
-          std::tuple(1, 2, '-')}) {
+         {std::tuple(68, 67, 'D'), std::tuple(67, 68, 'D'), std::tuple(68, 68, '-'), std::tuple(67, 67, '-'),
+          std::tuple(67, 69, '-'), std::tuple(3956, 67, 'G'), std::tuple(67, 3956, 'G'),
+          std::tuple(3956, 1, 'G'), std::tuple(1, 2, '-')}) {
         UdpPacket packet(quint16(source), quint16(destination), ack, true);
         const std::unique_ptr<ApplicationPacket> next(packet.applicationPacket());
         const bool isDhcp = dynamic_cast<DhcpPacket*>(next.get()) != nullptr;
