@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 using mesk::host::OutgoingFrame;
 using mesk::host::RelayDirection;
 namespace os = kivo::templates::platform::os;
@@ -39,31 +36,6 @@ TEST(RelayDirection, givesUpAfterSilencesInARow)
     EXPECT_EQ(direction.counts().received, 1U);
     EXPECT_EQ(direction.counts().lost, 5U);
     EXPECT_FALSE(direction.counts().good());
-}
-
-TEST(RelayDirection, holdsTheSenderAtTheWindowUntilAnArrivalOrAStop)
-{
-    RelayDirection direction;
-    std::atomic<unsigned> sent{0};
-    std::thread sender([&] {
-        while (direction.sending(frame)) {
-            ++sent;
-        }
-        direction.senderDone("");
-    });
-    const auto waitFor = [&sent](unsigned count) {
-        while (sent < count) {
-            std::this_thread::yield();
-        }
-    };
-    waitFor(RelayDirection::windowFrames);
-    direction.arrived(frame.onWire());
-    waitFor(RelayDirection::windowFrames + 1);
-    EXPECT_FALSE(direction.endedAtSilence());
-    direction.stop();
-    sender.join();
-    EXPECT_EQ(sent, RelayDirection::windowFrames + 1);
-    EXPECT_EQ(direction.counts().sent, sent);
 }
 
 } // namespace

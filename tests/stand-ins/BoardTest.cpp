@@ -271,25 +271,6 @@ TEST(BoardQueues, readWaitsForAllThatIsAskedAndTakesWhatIsThereAtTheEnd)
     late.join();
 }
 
-TEST(BoardQueues, lostDeviceWakesItsReaders)
-{
-    EmulatedBoard board;
-    const std::vector<std::function<void(std::uint64_t)>> ends{
-        [](std::uint64_t handle) { ops().free(handle); },
-        [&](std::uint64_t) { board.control().loadSetup(nullptr); }};
-    for (const auto& end : ends) {
-        const std::uint64_t handle = ops().init(0);
-        std::int32_t result = 0;
-        std::uint32_t word = 0;
-        std::thread reader([&] { result = ops().readQueue(handle, 8, &word, 4, 60000); });
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        end(handle);
-        reader.join();
-        EXPECT_LT(result, 0);
-        EXPECT_NE(result, timedOut);
-    }
-}
-
 TEST(BoardTransmitter, sendsFramesToTheOtherEndOfACable)
 {
     EmulatedBoard board;
@@ -322,34 +303,6 @@ TEST(BoardTransmitter, sendsFramesToTheOtherEndOfACable)
     EXPECT_EQ(sent.bytesSent, 60u + 60 + 60 + 60 + 0);
     EXPECT_EQ(counters(board, 0, 2).bytesReceived, 180u);
     EXPECT_EQ(device.receive(2, 0), Words());
-}
-
-TEST(BoardTransmitter, obeysItsRegisters)
-{
-    EmulatedBoard board("[Board0]\nlink0=pair:0.0\nlineSpeed=true\n");
-    const Device device;
-    for (const char* name : {"GigE_TxStart", "GigeTxStart0", "GigE_Reset"}) {
-        device.write(name, 0);
-        device.send(frameOf(60));
-        device.write(name, 15);
-    }
-    device.send(frameOf(16386)); // one word more than the buffer holds
-    EXPECT_EQ(counters(board, 0, 0).framesUnsent, 4u);
-    device.write("GigE_RxEnable", 0);
-    device.send(frameOf(60));
-    EXPECT_TRUE(eventually([&] { return counters(board, 0, 0).framesDropped == 1; }));
-    device.write("GigE_RxEnable", 1);
-
-    EXPECT_TRUE(eventually([&] { return device.read("GigeTxTransferActive0") == 0; }));
-    device.send(frameOf(16384)); // some 130 us on the line
-    EXPECT_EQ(device.read("GigeTxTransferActive0"), 1u);
-    EXPECT_EQ(device.receive(0).size(), 8193u);
-    EXPECT_TRUE(eventually([&] { return device.read("GigeTxTransferActive0") == 0; }));
-    device.send(frameOf(60));
-    device.write("GigeWriteData0", 0xFFFF); // no reset before: the frame grows
-    device.write("GigeWriteComplete0", 0);
-    EXPECT_EQ(device.receive(0).size(), 31u);
-    EXPECT_EQ(device.receive(0).size(), 32u);
 }
 
 TEST(BoardLinks, framesForWhomNobodyReadsAreLostAndCounted)
