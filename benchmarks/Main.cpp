@@ -11,5 +11,9 @@ int main(int argc, char** argv)
                                                {"crc32/1514", "crc32ByTable/1514", 0.25},
                                                {"eventHandOver", "bareHandOver", 3},
                                                {"enabledLine", "textInStringStream", 1.3},
+                                               {"walkAck/60", "walkAckByTins/60", 1.5},
+                                               {"buildAck/60", "buildAckByTins/60", 0.75},
+                                               {"buildAck/298", "buildAckByTins/298", 0.75},
+                                               {"walkAck/298", "walkAckByTins/298", 1.5},
                                            });
 }
