@@ -173,7 +173,9 @@ TEST_F(DispatcherTest, aTerminalGetsColoursUnlessNobodyWantsThem)
         setenv("NO_COLOR", noColor, 1);
         int terminal = -1;
         int line = -1;
-        ASSERT_EQ(openpty(&terminal, &line, nullptr, nullptr, nullptr), 0);
+        if (openpty(&terminal, &line, nullptr, nullptr, nullptr) != 0) {
+            GTEST_SKIP() << "this machine gives no pseudo terminal";
+        }
         const int standardError = dup(STDERR_FILENO);
         dup2(line, STDERR_FILENO);
         load("");
