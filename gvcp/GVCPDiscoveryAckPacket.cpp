@@ -1,15 +1,13 @@
 #include "gvcp/GVCPDiscoveryAckPacket.h"
 
+#include "gvcp/GVCPMessageCode.h"
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 
 namespace {
-constexpr quint16 discoveryAckCode = 0x0003;
-
 constexpr int versionMajorAt = 0, versionMinorAt = versionMajorAt + 2, deviceModeAt = versionMinorAt + 2,
               macAddressAt = deviceModeAt + 4 + 2, configOptionsAt = macAddressAt + MacAddress::sizeBytes,
               configCurrentAt = configOptionsAt + 4, currentIpAt = configCurrentAt + 4 + 12,
@@ -55,13 +53,6 @@ T readNumber(const ByteSlice& block, int at, ByteOrder byteOrder)
     return byteOrder == NetworkOrder ? value : qToBigEndian(value);
 }
 
-MacAddress readMacAddress(const ByteSlice& block)
-{
-    if (block.size() < macAddressAt + MacAddress::sizeBytes)
-        return {};
-    return MacAddress(reinterpret_cast<const quint8*>(block.constData() + macAddressAt));
-}
-
 // Of the field from begin to end: what stands in front of the zeros that fill it up. With anything else
 // behind its first zero it is no text filled up with zeros, and then the field itself.
 QByteArray readText(const char* begin, const char* end)
@@ -76,7 +67,7 @@ void readBlock(DeviceFields& fields, const ByteSlice& block, ByteOrder byteOrder
     fields.specVersionMajor = readNumber<quint16>(block, versionMajorAt, byteOrder);
     fields.specVersionMinor = readNumber<quint16>(block, versionMinorAt, byteOrder);
     fields.deviceMode = readNumber<quint32>(block, deviceModeAt, byteOrder);
-    fields.macAddress = readMacAddress(block);
+    fields.macAddress = readMacAddress(block, macAddressAt);
     fields.ipConfigOptions = readNumber<quint32>(block, configOptionsAt, byteOrder);
     fields.ipConfigCurrent = readNumber<quint32>(block, configCurrentAt, byteOrder);
     fields.currentIp = IpAddress(readNumber<quint32>(block, currentIpAt, byteOrder));
@@ -128,7 +119,7 @@ struct GVCPDiscoveryAckPacket::D {
 };
 
 GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(quint16 status, quint16 ackId)
-    : GVCPAckPacket(status, discoveryAckCode, ackId, {}, NetworkOrder)
+    : GVCPAckPacket(status, GVCPMessageCode::DiscoveryAck, ackId, {}, NetworkOrder)
     , d(std::make_unique<D>())
 {
 }

@@ -38,5 +38,5 @@ quint64 GVCPEventDataCommandPacket::timestamp() const
 
 QByteArray GVCPEventDataCommandPacket::data() const
 {
-    return payload().mid(Record::size(hasFlag(ExtendedIds)));
+    return payloadBytes().mid(Record::size(hasFlag(ExtendedIds))).array();
 }

@@ -1,16 +1,17 @@
 #include "gvcp/GVCPMemoryReadCommandPacket.h"
 
+#include "gvcp/GVCPMessageCode.h"
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
 namespace {
-constexpr quint16 readMemoryCode = 0x0084;
 constexpr int addressAt = 0, reservedAt = addressAt + 4, countAt = reservedAt + 2;
 } // namespace
 
 GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(quint16 requestId, quint32 address, quint16 count,
                                                          bool ackRequired)
-    : GVCPCommandPacket(ackRequired ? AckRequired : 0, readMemoryCode, requestId, {}, NetworkOrder)
+    : GVCPCommandPacket(ackRequired ? AckRequired : 0, GVCPMessageCode::ReadMemoryCommand, requestId, {},
+                        NetworkOrder)
     , m_address(address)
     , m_count(count)
 {

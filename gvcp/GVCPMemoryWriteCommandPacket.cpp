@@ -1,17 +1,17 @@
 #include "gvcp/GVCPMemoryWriteCommandPacket.h"
 
+#include "gvcp/GVCPMessageCode.h"
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
 namespace {
-constexpr quint16 writeMemoryCode = 0x0086;
 constexpr int addressAt = 0, dataAt = addressAt + 4;
 constexpr int wordSizeBytes = 4;
 } // namespace
 
 GVCPMemoryWriteCommandPacket::GVCPMemoryWriteCommandPacket(quint16 requestId, quint32 address,
                                                            const QByteArray& data)
-    : GVCPCommandPacket(0, writeMemoryCode, requestId, {}, NetworkOrder)
+    : GVCPCommandPacket(0, GVCPMessageCode::WriteMemoryCommand, requestId, {}, NetworkOrder)
     , m_address(address)
     , m_data(data)
 {
@@ -37,7 +37,7 @@ quint32 GVCPMemoryWriteCommandPacket::address() const
 
 QByteArray GVCPMemoryWriteCommandPacket::data() const
 {
-    return payload().mid(dataAt);
+    return payloadBytes().mid(dataAt).array();
 }
 
 void GVCPMemoryWriteCommandPacket::setAddress(quint32 address)

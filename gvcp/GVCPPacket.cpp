@@ -4,35 +4,10 @@
 #include "gvcp/GVCPActionCommandPacket.h"
 #include "gvcp/GVCPCommandPacket.h"
 #include "gvcp/GVCPDiscoveryAckPacket.h"
+#include "gvcp/GVCPMessageCode.h"
 #include "gvcp/GVCPRegisterReadCommandPacket.h"
 #include "gvcp/GVCPRegisterWriteCommandPacket.h"
 #include "packets/ByteArrayHelpers.h"
-
-namespace {
-// The acknowledge of each command has the code behind that of the command.
-enum MessageCode : quint16 {
-    DiscoveryCommand = 0x0002,
-    DiscoveryAck,
-    ForceIpCommand = 0x0004,
-    ForceIpAck,
-    PacketResendCommand = 0x0040,
-    PacketResendAck,
-    ReadRegisterCommand = 0x0080,
-    ReadRegisterAck,
-    WriteRegisterCommand = 0x0082,
-    WriteRegisterAck,
-    ReadMemoryCommand = 0x0084,
-    ReadMemoryAck,
-    WriteMemoryCommand = 0x0086,
-    WriteMemoryAck,
-    EventCommand = 0x00c0,
-    EventAck,
-    EventDataCommand = 0x00c2,
-    EventDataAck,
-    ActionCommand = 0x0100,
-    ActionAck,
-};
-} // namespace
 
 bool GVCPPacket::D::isLengthRight(const ByteSlice& bytes)
 {
@@ -78,31 +53,31 @@ GVCPPacket* GVCPPacket::create(const ByteSlice& bytes)
     if (bytes.size() < int(HeaderSize))
         return nullptr;
     switch (readField<quint16>(bytes, D::codeAt)) {
-    case DiscoveryAck:
+    case GVCPMessageCode::DiscoveryAck:
         return new GVCPDiscoveryAckPacket(bytes);
-    case ReadRegisterCommand:
+    case GVCPMessageCode::ReadRegisterCommand:
         return new GVCPRegisterReadCommandPacket(bytes);
-    case WriteRegisterCommand:
+    case GVCPMessageCode::WriteRegisterCommand:
         return new GVCPRegisterWriteCommandPacket(bytes);
-    case ActionCommand:
+    case GVCPMessageCode::ActionCommand:
         return new GVCPActionCommandPacket(bytes);
-    case DiscoveryCommand:
-    case ForceIpCommand:
-    case PacketResendCommand:
-    case ReadMemoryCommand:
-    case WriteMemoryCommand:
-    case EventCommand:
-    case EventDataCommand:
+    case GVCPMessageCode::DiscoveryCommand:
+    case GVCPMessageCode::ForceIpCommand:
+    case GVCPMessageCode::PacketResendCommand:
+    case GVCPMessageCode::ReadMemoryCommand:
+    case GVCPMessageCode::WriteMemoryCommand:
+    case GVCPMessageCode::EventCommand:
+    case GVCPMessageCode::EventDataCommand:
         return new GVCPCommandPacket(bytes);
-    case ForceIpAck:
-    case PacketResendAck:
-    case ReadRegisterAck:
-    case WriteRegisterAck:
-    case ReadMemoryAck:
-    case WriteMemoryAck:
-    case EventAck:
-    case EventDataAck:
-    case ActionAck:
+    case GVCPMessageCode::ForceIpAck:
+    case GVCPMessageCode::PacketResendAck:
+    case GVCPMessageCode::ReadRegisterAck:
+    case GVCPMessageCode::WriteRegisterAck:
+    case GVCPMessageCode::ReadMemoryAck:
+    case GVCPMessageCode::WriteMemoryAck:
+    case GVCPMessageCode::EventAck:
+    case GVCPMessageCode::EventDataAck:
+    case GVCPMessageCode::ActionAck:
         return new GVCPAckPacket(bytes);
     default:
         return nullptr;

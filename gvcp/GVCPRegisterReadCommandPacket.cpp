@@ -1,16 +1,17 @@
 #include "gvcp/GVCPRegisterReadCommandPacket.h"
 
+#include "gvcp/GVCPMessageCode.h"
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
 namespace {
-constexpr quint16 readRegisterCode = 0x0080;
 constexpr int addressSizeBytes = 4;
 } // namespace
 
 GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(quint16 requestId, quint32 address,
                                                              bool ackRequired)
-    : GVCPCommandPacket(ackRequired ? AckRequired : 0, readRegisterCode, requestId, {}, NetworkOrder)
+    : GVCPCommandPacket(ackRequired ? AckRequired : 0, GVCPMessageCode::ReadRegisterCommand, requestId, {},
+                        NetworkOrder)
 {
     setAddress(address);
 }

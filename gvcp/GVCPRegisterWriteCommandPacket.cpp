@@ -1,16 +1,16 @@
 #include "gvcp/GVCPRegisterWriteCommandPacket.h"
 
+#include "gvcp/GVCPMessageCode.h"
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
 namespace {
-constexpr quint16 writeRegisterCode = 0x0082;
 constexpr int addressAt = 0, valueAt = addressAt + 4, pairSizeBytes = valueAt + 4;
 } // namespace
 
 GVCPRegisterWriteCommandPacket::GVCPRegisterWriteCommandPacket(quint16 requestId, quint32 address,
                                                                quint32 value, ByteOrder byteOrder)
-    : GVCPCommandPacket(0, writeRegisterCode, requestId, {}, NetworkOrder)
+    : GVCPCommandPacket(0, GVCPMessageCode::WriteRegisterCommand, requestId, {}, NetworkOrder)
 {
     setAddress(address);
     setValue(value, byteOrder);

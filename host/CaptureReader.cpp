@@ -48,9 +48,11 @@ CaptureReader::CaptureReader(const std::string& path)
     if (d->file == nullptr) {
         throw Failure(ExitCode::Usage, fmt::format("{}: {}", path, std::strerror(errno)));
     }
-    std::error_code noSize;
-    const auto size = std::filesystem::file_size(path, noSize);
-    d->sizeBytes = noSize ? 0 : size;
+    if (path != "-") { // a file of that name may be there
+        std::error_code noSize;
+        const auto size = std::filesystem::file_size(path, noSize);
+        d->sizeBytes = noSize ? 0 : size;
+    }
     std::array<char, PCAP_ERRBUF_SIZE> error{};
     d->pcap = pcap_fopen_offline_with_tstamp_precision(d->file, PCAP_TSTAMP_PRECISION_NANO, error.data());
     if (d->pcap == nullptr && interruptRequested()) {

@@ -16,8 +16,9 @@ namespace mesk::host {
 
 namespace {
 
-constexpr const char* exitCodes = "Exit codes: 0 done, 1 nothing found, nothing came or refused, 2 usage,\n"
-                                  "            3 board or library missing, 130 interrupted";
+constexpr const char* exitCodes =
+    "Exit codes: 0 done, 1 nothing found, nothing came, refused, lost, different or\n"
+    "            damaged, 2 usage, 3 board or library missing, 130 interrupted";
 constexpr const char* programExamples = "mesk-phy boards\n"
                                         "mesk-phy relay samples/camera-session.pcap --to 1 --reset\n"
                                         "mesk-phy receive --link file:session.pcap, --json\n";

@@ -8,7 +8,7 @@ namespace mesk::host {
 /// What the program's exit code says.
 enum class ExitCode : int {
     Done = 0,
-    Nothing = 1, ///< nothing found, nothing came, refused, or differences
+    Nothing = 1, ///< nothing found, nothing came, refused, lost, different or damaged
     Usage = 2,
     Missing = 3, ///< board or library missing
     Interrupted = 130,

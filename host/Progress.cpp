@@ -35,6 +35,11 @@ Progress::~Progress()
     m_thread.join();
 }
 
+std::unique_ptr<Progress> Progress::start(bool shown, std::function<std::string()> text)
+{
+    return shown ? std::make_unique<Progress>(std::move(text)) : nullptr;
+}
+
 bool Progress::wanted(const Output& output)
 {
     return !output.quiet() && standardOutputIsTerminal() && standardErrorIsTerminal();

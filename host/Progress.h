@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -24,6 +25,8 @@ public:
     /// Whether anything may be shown: nothing under --quiet, and nothing unless standard output and
     /// standard error are terminals.
     static bool wanted(const Output& output);
+    /// A line if it may be shown, else null.
+    static std::unique_ptr<Progress> start(bool shown, std::function<std::string()> text);
 
 private:
     void run(const std::function<std::string()>& text);

@@ -3,7 +3,7 @@
 #include "host/BoardAccess.h"
 #include "host/Output.h"
 #include "host/Progress.h"
-#include "support/platform/os/Clock.h"
+#include "host/Stopwatch.h"
 
 #include <fmt/format.h>
 
@@ -14,12 +14,10 @@
 
 namespace mesk::host {
 
-namespace os = kivo::templates::platform::os;
-
 namespace {
 
 constexpr std::size_t journalCalls = 4096; // more than a whole reset makes
-constexpr std::uint64_t stepNs = 100'000'000;
+constexpr double stepsPerSecond = 10;
 
 /// The writes that a wait of 100 ms follows.
 bool isStep(const KivoBoardCall& call)
@@ -37,7 +35,7 @@ struct ResetProgress::D {
     unsigned stepsDone()
     {
         if (control == nullptr) {
-            return static_cast<unsigned>((os::monotonicNowNs() - startNs) / stepNs);
+            return static_cast<unsigned>(watch.seconds() * stepsPerSecond);
         }
         KivoBoardCall call;
         while (control->journalEntry(journalAt, &call) >= 0) {
@@ -48,7 +46,7 @@ struct ResetProgress::D {
     }
 
     const KivoBoardControl* control = nullptr;
-    std::uint64_t startNs = os::monotonicNowNs();
+    const Stopwatch watch;
     std::size_t journalAt = 0;
     unsigned journalSteps = 0;
     std::optional<Progress> progress;

@@ -60,13 +60,13 @@ KivoGbePhysicalNetworkInterface::D::readActionTimeout(const std::string& id)
         if (!actionUiqErrorLatched) {
             read.fault =
                 phyText(id, "': Error(s) in KHalDataQueueReadBufferLong(...) (result = ", read.result,
-                        ", received words = ", 0, ") [lost words: ", lostWords, "]");
+                        ", received words = 0) [lost words: ", lostWords, "]");
         }
     } else if ((read.word & endOfTransmission) == 0) {
         read.fault = phyText(id,
                              "': Too many received words for action command timeout UIQ buffer (received "
-                             "words = ",
-                             1, ") [lost words: ", lostWords, "]");
+                             "words = 1) [lost words: ",
+                             lostWords, "]");
     }
     return read;
 }

@@ -128,11 +128,10 @@ void KivoGbePhysicalNetworkInterface::logDevicesFound()
             if (skippedLast) {
                 logLine(*logger(), levelDetail, "Found device with serial '0' on device index ", index,
                         ", skipping...");
-                plugin::KHalPutDevice(device);
-                continue;
+            } else {
+                logDetail("' [HAL     ]               Device Found: Index ", index, ", Serial ",
+                          Hexadecimal{serial});
             }
-            logDetail("' [HAL     ]               Device Found: Index ", index, ", Serial ",
-                      Hexadecimal{serial});
             plugin::KHalPutDevice(device);
         }
         // A device without a serial never ends the scan, not even at the empty index behind it.

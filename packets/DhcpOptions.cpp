@@ -5,6 +5,7 @@
 #include <utility>
 
 namespace {
+constexpr quint8 padCode = 0, endCode = 255;
 constexpr int headSizeBytes = 2; // code and length
 // An option has two bytes at least, so at the last byte of the area none begins.
 constexpr int lastPlace = DhcpOptions::areaSizeBytes - headSizeBytes;

@@ -11,9 +11,7 @@
 /// received until they are asked for. [one thread at a time]
 class DhcpOptions {
 public:
-    static constexpr quint8 padCode = 0;
     static constexpr quint8 messageTypeCode = 53;
-    static constexpr quint8 endCode = 255;
     static constexpr int areaSizeBytes = 308;
     static constexpr int valueSizeMaxBytes = 255;
 

@@ -18,14 +18,6 @@ constexpr int tagControlAt = typeAt + 2, taggedTypeAt = tagControlAt + 2, tagged
 static_assert(payloadAt == int(EthernetFrame::headerSizeBytes), "IEEE 802.3: 14 bytes");
 static_assert(taggedPayloadAt == int(EthernetFrame::taggedHeaderSizeBytes), "IEEE 802.1Q: 4 bytes more");
 
-// An address that is cut short counts as none at all.
-MacAddress readAddress(const QByteArray& bytes, int at)
-{
-    if (bytes.size() < at + MacAddress::sizeBytes)
-        return {};
-    return MacAddress(reinterpret_cast<const quint8*>(bytes.constData() + at));
-}
-
 void writeAddress(char* at, const MacAddress& address)
 {
     std::memcpy(at, address.constData(), MacAddress::sizeBytes);
@@ -50,8 +42,8 @@ struct EthernetFrame::D {
     }
 
     explicit D(QByteArray&& bytes)
-        : source(readAddress(bytes, sourceAt))
-        , destination(readAddress(bytes, destinationAt))
+        : source(readMacAddress(bytes, sourceAt))
+        , destination(readMacAddress(bytes, destinationAt))
     {
         if (parseHeader(bytes))
             raw = std::move(bytes);

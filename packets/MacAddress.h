@@ -56,3 +56,13 @@ public:
 private:
     std::array<quint8, sizeBytes> m_bytes{};
 };
+
+/// Address at @p at; zero if it is cut short, since five bytes are none. Reads in place.
+/// @p Bytes is a QByteArray or a ByteSlice.
+template <typename Bytes>
+MacAddress readMacAddress(const Bytes& bytes, int at) noexcept
+{
+    if (bytes.size() < at + MacAddress::sizeBytes)
+        return {};
+    return MacAddress(reinterpret_cast<const quint8*>(bytes.constData() + at));
+}

@@ -1,6 +1,7 @@
 #include "packets/UdpPacket.h"
 
-#include "gvcp/GVCPPacket.h"
+#include "gvcp/GVCPAckPacket.h"
+#include "gvcp/GVCPCommandPacket.h"
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 #include "packets/DhcpPacket.h"
@@ -14,11 +15,6 @@ static_assert(dataAt == 8, "RFC 768: 8 bytes");
 
 // Its complement would be 0, which stands for a datagram without a checksum.
 constexpr quint16 sumWithoutComplement = 0xffff;
-
-quint32 sumOfAddress(const IpAddress& address)
-{
-    return (address.toUInt32() >> 16) + (address.toUInt32() & 0xffff);
-}
 } // namespace
 
 struct UdpPacket::D {
@@ -91,8 +87,9 @@ quint16 UdpPacket::D::checksum(const IpAddress& source, const IpAddress& destina
         return receivedChecksum;
     if (checksumDirty)
         updatePartialSum();
-    const quint16 sum =
-        foldedSum(partialSum + sumOfAddress(source) + sumOfAddress(destination) + Protocol + lengthOfData());
+    // A 32-bit word folds to the sum of its halves.
+    const quint16 sum = foldedSum(quint64(partialSum) + source.toUInt32() + destination.toUInt32() +
+                                  Protocol + lengthOfData());
     return sum == sumWithoutComplement ? sum : quint16(~sum);
 }
 
@@ -225,7 +222,8 @@ quint16 UdpPacket::checksum(const IpAddress& source, const IpAddress& destinatio
 ApplicationPacket* UdpPacket::applicationPacket() const
 {
     const D& r = *d;
-    if (r.destinationPort == GVCPPacket::Port || r.sourcePort == GVCPPacket::Port)
+    if (GVCPCommandPacket::isCommandPort(r.sourcePort, r.destinationPort) ||
+        GVCPAckPacket::isAckPort(r.sourcePort, r.destinationPort))
         return GVCPPacket::create(r.data);
     if (DhcpPacket::isDhcpPorts(r.sourcePort, r.destinationPort))
         return new DhcpPacket(r.data);

@@ -13,9 +13,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace mesk::host {
 
 namespace {
+
+constexpr quint16 itemsInLine = 4; // registers that a line for people names
 
 const GVCPCommandPacket& asCommand(const GVCPCommandPacket& packet)
 {
@@ -26,6 +30,32 @@ template <typename... Arguments>
 void addInfo(Summary& summary, fmt::format_string<Arguments...> format, Arguments&&... arguments)
 {
     fmt::format_to(std::back_inserter(summary.info), format, std::forward<Arguments>(arguments)...);
+}
+
+/// A list of what a message has several of.
+/// @param addItem puts the fields of the item of an index.
+template <typename AddItem>
+void addItems(FieldSink& fields, std::string_view name, quint16 count, const AddItem& addItem)
+{
+    fields.openList(name);
+    for (quint16 index = 0; index < count; ++index) {
+        fields.openItem();
+        addItem(index);
+        fields.closeItem();
+    }
+    fields.closeList();
+}
+
+/// The first items, in the line of the message.
+template <typename AddItem>
+void addItemsInLine(Summary& summary, quint16 count, const AddItem& addItem)
+{
+    for (quint16 index = 0; index < std::min(count, itemsInLine); ++index) {
+        addItem(index);
+    }
+    if (count > itemsInLine) {
+        summary.info += " ...";
+    }
 }
 
 } // namespace
@@ -68,22 +98,15 @@ void addFields(FieldSink& fields, const GVCPRegisterReadCommandPacket& packet)
     fields.flag("isAckRequired", packet.isAckRequired());
     const quint16 count = packet.addressCount();
     fields.number("addressCount", count);
-    fields.openList("addresses");
-    for (quint16 index = 0; index < count; ++index) {
-        fields.openItem();
-        fields.code("address", packet.address(index), 8);
-        fields.closeItem();
-    }
-    fields.closeList();
+    addItems(fields, "addresses", count,
+             [&](quint16 index) { fields.code("address", packet.address(index), 8); });
 }
 
 void summarize(Summary& summary, const GVCPRegisterReadCommandPacket& packet)
 {
     summarize(summary, asCommand(packet));
-    for (quint16 index = 0; index < std::min(packet.addressCount(), gvcpItemsInLine); ++index) {
-        addInfo(summary, " 0x{:08x}", packet.address(index));
-    }
-    addInfo(summary, "{}", packet.addressCount() > gvcpItemsInLine ? " ..." : "");
+    addItemsInLine(summary, packet.addressCount(),
+                   [&](quint16 index) { addInfo(summary, " 0x{:08x}", packet.address(index)); });
 }
 
 void addFields(FieldSink& fields, const GVCPRegisterWriteCommandPacket& packet)
@@ -91,23 +114,18 @@ void addFields(FieldSink& fields, const GVCPRegisterWriteCommandPacket& packet)
     addFields(fields, asCommand(packet));
     const quint16 count = packet.registerCount();
     fields.number("registerCount", count);
-    fields.openList("registers");
-    for (quint16 index = 0; index < count; ++index) {
-        fields.openItem();
+    addItems(fields, "registers", count, [&](quint16 index) {
         fields.code("address", packet.address(index), 8);
         fields.code("value", packet.value(index), 8);
-        fields.closeItem();
-    }
-    fields.closeList();
+    });
 }
 
 void summarize(Summary& summary, const GVCPRegisterWriteCommandPacket& packet)
 {
     summarize(summary, asCommand(packet));
-    for (quint16 index = 0; index < std::min(packet.registerCount(), gvcpItemsInLine); ++index) {
+    addItemsInLine(summary, packet.registerCount(), [&](quint16 index) {
         addInfo(summary, " 0x{:08x}=0x{:08x}", packet.address(index), packet.value(index));
-    }
-    addInfo(summary, "{}", packet.registerCount() > gvcpItemsInLine ? " ..." : "");
+    });
 }
 
 void addFields(FieldSink& fields, const GVCPMemoryReadCommandPacket& packet)
@@ -142,16 +160,12 @@ void addFields(FieldSink& fields, const GVCPEventCommandPacket& packet)
     addFields(fields, asCommand(packet));
     const quint16 count = packet.eventCount();
     fields.number("eventCount", count);
-    fields.openList("events");
-    for (quint16 index = 0; index < count; ++index) {
-        fields.openItem();
+    addItems(fields, "events", count, [&](quint16 index) {
         fields.code("eventId", packet.eventId(index), 4);
         fields.number("streamChannelIndex", packet.streamChannelIndex(index));
         fields.number("blockId", packet.blockId(index));
         fields.number("timestamp", packet.timestamp(index));
-        fields.closeItem();
-    }
-    fields.closeList();
+    });
 }
 
 void summarize(Summary& summary, const GVCPEventCommandPacket& packet)

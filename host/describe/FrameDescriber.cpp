@@ -7,6 +7,7 @@
 #include "gvcp/GVCPEventDataCommandPacket.h"
 #include "gvcp/GVCPMemoryReadCommandPacket.h"
 #include "gvcp/GVCPMemoryWriteCommandPacket.h"
+#include "gvcp/GVCPMessageCode.h"
 #include "gvcp/GVCPPacketResendCommandPacket.h"
 #include "gvcp/GVCPRegisterReadCommandPacket.h"
 #include "gvcp/GVCPRegisterWriteCommandPacket.h"
@@ -29,12 +30,6 @@ namespace mesk::host {
 
 namespace {
 
-// Commands that the factory gives no class of their own, since their getters read no more than the payload.
-constexpr unsigned packetResendCommand = 0x0040;
-constexpr unsigned memoryReadCommand = 0x0084;
-constexpr unsigned memoryWriteCommand = 0x0086;
-constexpr unsigned eventCommand = 0x00c0;
-constexpr unsigned eventDataCommand = 0x00c2;
 constexpr std::size_t codeAt = 2;
 
 // IPv4 (RFC 791); the packet class doesn't look at fragments.
@@ -165,19 +160,19 @@ void FrameDescriber::describeGvcpView(unsigned code, bool isCommand, const QByte
         return;
     }
     switch (code) {
-    case packetResendCommand:
+    case GVCPMessageCode::PacketResendCommand:
         add("GVCPPacketResendCommandPacket", GVCPPacketResendCommandPacket(bytes), view);
         break;
-    case memoryReadCommand:
+    case GVCPMessageCode::ReadMemoryCommand:
         add("GVCPMemoryReadCommandPacket", GVCPMemoryReadCommandPacket(bytes), view);
         break;
-    case memoryWriteCommand:
+    case GVCPMessageCode::WriteMemoryCommand:
         add("GVCPMemoryWriteCommandPacket", GVCPMemoryWriteCommandPacket(bytes), view);
         break;
-    case eventCommand:
+    case GVCPMessageCode::EventCommand:
         add("GVCPEventCommandPacket", GVCPEventCommandPacket(bytes), view);
         break;
-    case eventDataCommand:
+    case GVCPMessageCode::EventDataCommand:
         add("GVCPEventDataCommandPacket", GVCPEventDataCommandPacket(bytes), view);
         break;
     default:

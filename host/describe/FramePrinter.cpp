@@ -110,12 +110,9 @@ void TextFramePrinter::putLine(const CapturedFrame& captured, const FrameChecksu
     constexpr double nsPerSecond = 1e9;
     const double seconds = static_cast<double>(stamp.seconds - m_firstStamp->seconds) +
                            (static_cast<double>(stamp.nanoseconds) - m_firstStamp->nanoseconds) / nsPerSecond;
-    std::array<char, 32> secondsText{};
-    const auto secondsEnd = fmt::format_to_n(secondsText.data(), secondsText.size(), "{:.6f}", seconds).out;
-    const std::string_view shownSeconds(secondsText.data(),
-                                        static_cast<std::size_t>(secondsEnd - secondsText.data()));
-    fmt::format_to(fmt::appender(m_out), lineFormat, captured.number, shownSeconds, captured.bytes.size(),
-                   m_summary.source, m_summary.destination, m_summary.protocol, m_summary.info);
+    fmt::format_to(fmt::appender(m_out), lineFormat, captured.number, fmt::format("{:.6f}", seconds),
+                   captured.bytes.size(), m_summary.source, m_summary.destination, m_summary.protocol,
+                   m_summary.info);
     const char* separator = " [";
     for (const auto& [name, state] : named(checksums)) {
         if (state != ChecksumState::NotThere) {

@@ -1,5 +1,6 @@
 #include "host/describe/GvcpNames.h"
 
+#include "gvcp/GVCPMessageCode.h"
 #include "gvcp/GVCPPacket.h"
 #include "host/describe/Layers.h"
 
@@ -18,17 +19,27 @@ struct MessageName {
 };
 
 constexpr std::array<MessageName, 21> messageNames = {{
-    {0x0002, "discovery command"},      {0x0003, "discovery acknowledge"},
-    {0x0004, "force-IP command"},       {0x0005, "force-IP acknowledge"},
-    {0x0040, "packet-resend command"},  {0x0041, "packet-resend acknowledge"},
-    {0x0080, "read-register command"},  {0x0081, "read-register acknowledge"},
-    {0x0082, "write-register command"}, {0x0083, "write-register acknowledge"},
-    {0x0084, "read-memory command"},    {0x0085, "read-memory acknowledge"},
-    {0x0086, "write-memory command"},   {0x0087, "write-memory acknowledge"},
-    {0x0089, "pending acknowledge"},    {0x00c0, "event command"},
-    {0x00c1, "event acknowledge"},      {0x00c2, "event-data command"},
-    {0x00c3, "event-data acknowledge"}, {0x0100, "action command"},
-    {0x0101, "action acknowledge"},
+    {GVCPMessageCode::DiscoveryCommand, "discovery command"},
+    {GVCPMessageCode::DiscoveryAck, "discovery acknowledge"},
+    {GVCPMessageCode::ForceIpCommand, "force-IP command"},
+    {GVCPMessageCode::ForceIpAck, "force-IP acknowledge"},
+    {GVCPMessageCode::PacketResendCommand, "packet-resend command"},
+    {GVCPMessageCode::PacketResendAck, "packet-resend acknowledge"},
+    {GVCPMessageCode::ReadRegisterCommand, "read-register command"},
+    {GVCPMessageCode::ReadRegisterAck, "read-register acknowledge"},
+    {GVCPMessageCode::WriteRegisterCommand, "write-register command"},
+    {GVCPMessageCode::WriteRegisterAck, "write-register acknowledge"},
+    {GVCPMessageCode::ReadMemoryCommand, "read-memory command"},
+    {GVCPMessageCode::ReadMemoryAck, "read-memory acknowledge"},
+    {GVCPMessageCode::WriteMemoryCommand, "write-memory command"},
+    {GVCPMessageCode::WriteMemoryAck, "write-memory acknowledge"},
+    {GVCPMessageCode::PendingAck, "pending acknowledge"},
+    {GVCPMessageCode::EventCommand, "event command"},
+    {GVCPMessageCode::EventAck, "event acknowledge"},
+    {GVCPMessageCode::EventDataCommand, "event-data command"},
+    {GVCPMessageCode::EventDataAck, "event-data acknowledge"},
+    {GVCPMessageCode::ActionCommand, "action command"},
+    {GVCPMessageCode::ActionAck, "action acknowledge"},
 }};
 
 } // namespace

@@ -7,9 +7,6 @@
 
 namespace mesk::host {
 
-/// How many registers a line for people names.
-constexpr quint16 gvcpItemsInLine = 4;
-
 /// What a message code stands for, as "read-register command"; "message" for an unknown one.
 std::string_view gvcpMessageName(quint16 code);
 

@@ -9,8 +9,6 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <optional>
-
 namespace mesk::host {
 
 namespace {
@@ -39,10 +37,9 @@ public:
             output.printHeading(TextFramePrinter::heading());
         }
         {
-            std::optional<Progress> progress;
-            if (!output.quiet() && standardErrorIsTerminal() && standardOutputIsFile()) {
-                progress.emplace([&reader] { return captureProgress("Reading", reader); });
-            }
+            const auto progress =
+                Progress::start(!output.quiet() && standardErrorIsTerminal() && standardOutputIsFile(),
+                                [&reader] { return captureProgress("Reading", reader); });
             printAll(reader, *printer, output);
         }
         output.words(fmt::format("{} frames{}", m_frames,

@@ -14,7 +14,6 @@
 #include <fmt/format.h>
 
 #include <limits>
-#include <optional>
 #include <thread>
 
 namespace mesk::host {
@@ -94,10 +93,9 @@ public:
             session.output().words(fmt::format("Ports {} and {} must be joined by a cable", from, m_to));
         }
 
-        std::optional<Progress> progress;
-        if (Progress::wanted(session.output())) {
-            progress.emplace([&outwardCapture] { return captureProgress("Relaying", outwardCapture); });
-        }
+        auto progress = Progress::start(Progress::wanted(session.output()), [&outwardCapture] {
+            return captureProgress("Relaying", outwardCapture);
+        });
         RelayDirection outward;
         RelayDirection backward;
         std::thread threads[] = {

@@ -7,8 +7,6 @@
 #include "host/verbs/PortStatistics.h"
 #include "host/verbs/VerbTable.h"
 
-#include <optional>
-
 namespace mesk::host {
 
 namespace {
@@ -47,10 +45,9 @@ private:
     {
         const Stopwatch watch;
         const double takes = registersSeconds + (session.options().reset ? phyDumpSeconds : 0);
-        std::optional<Progress> progress;
-        if (Progress::wanted(session.output())) {
-            progress.emplace([&watch, takes] { return progressBar("Reporting", watch.seconds() / takes); });
-        }
+        const auto progress = Progress::start(Progress::wanted(session.output()), [&watch, takes] {
+            return progressBar("Reporting", watch.seconds() / takes);
+        });
         port.debugOutput();
     }
     /// Lines as they are under --json, else what people want to read of them.

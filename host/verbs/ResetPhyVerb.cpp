@@ -2,16 +2,14 @@
 #include "host/Port.h"
 #include "host/ResetProgress.h"
 #include "host/Session.h"
+#include "host/Stopwatch.h"
 #include "host/verbs/VerbTable.h"
-#include "support/platform/os/Clock.h"
 
 #include <fmt/format.h>
 
 #include <cmath>
 
 namespace mesk::host {
-
-namespace os = kivo::templates::platform::os;
 
 namespace {
 
@@ -27,14 +25,14 @@ public:
         const int board = session.options().board;
         const int number = session.options().port;
         Port& port = session.openPort();
-        const std::uint64_t startNs = os::monotonicNowNs();
+        const Stopwatch watch;
         {
             const ResetProgress progress(session.board(), session.output(),
                                          fmt::format("Resetting PHY {} of board {}", number, board),
                                          pulseSteps + stepsPerPhy);
             port.resetPhy();
         }
-        const double seconds = std::round(static_cast<double>(os::monotonicNowNs() - startNs) / 1e7) / 100;
+        const double seconds = std::round(watch.seconds() * 100) / 100;
         Json reset = {{"board", board}, {"port", number}, {"seconds", seconds}};
         bool finished = true; // the plugin does not tell, so without a look at the PHY this is all there is
         if (const KivoBoardControl* control = session.board().control(); control != nullptr) {

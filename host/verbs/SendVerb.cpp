@@ -10,8 +10,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <optional>
-
 namespace mesk::host {
 
 namespace {
@@ -38,10 +36,8 @@ public:
         Port& port = session.openPort();
         std::string damage;
         try {
-            std::optional<Progress> progress;
-            if (Progress::wanted(session.output())) {
-                progress.emplace([&reader] { return captureProgress("Sending", reader); });
-            }
+            const auto progress = Progress::start(Progress::wanted(session.output()),
+                                                  [&reader] { return captureProgress("Sending", reader); });
             sendAll(reader, port);
         } catch (const Failure& failure) {
             damage = failure.what(); // what was sent before is told all the same

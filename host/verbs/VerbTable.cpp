@@ -13,22 +13,19 @@ const std::vector<VerbEntry>& verbTable()
          "mesk-phy relay samples/camera-session.pcap --to 1 --reset\n"
          "mesk-phy relay --port 2 --to 3 session.pcapng --write seen-at-port-2.pcap\n",
          makeRelayVerb},
-        {"send", "Send a capture",
-         "mesk-phy send session.pcap --link interface:eth1\n"
-         "mesk-phy send session.pcap --link file:,recorded.pcap\n",
-         makeSendVerb},
-        {"receive", "Show the frames that arrive",
-         "mesk-phy receive --link interface:eth1 --seconds 10\n"
-         "mesk-phy receive --link file:session.pcap, --count 5 --json\n",
+        {"send", "Send a capture", "mesk-phy send session.pcap --link file:,recorded.pcap\n", makeSendVerb},
+        {"receive", "Show the frames that arrive; under --json a line each, the last with the statistics",
+         "mesk-phy receive --link file:session.pcap, --count 5 --json\n"
+         "mesk-phy receive --seconds 10\n",
          makeReceiveVerb},
         {"reset-phy", "Reset the PHY of the port", "mesk-phy reset-phy --port 2\n", makeResetPhyVerb},
-        {"report", "Show the debug report and the statistics of the port",
+        {"report", "Show the debug report (with --reset the PHY dump too) and the statistics",
          "mesk-phy report --reset\n"
          "mesk-phy report --json | jq -r '.lines[].text'\n",
          makeReportVerb},
         {"events", "Show the events of the port as they come",
          "mesk-phy events --seconds 10\n"
-         "mesk-phy events --setup timeouts.ini --json | jq .count\n",
+         "mesk-phy events --setup samples/action-timeouts.ini --json | jq .count\n",
          makeEventsVerb},
         {"dump", "Show the frames of a capture, layer by layer",
          "mesk-phy dump samples/camera-session.pcap\n"

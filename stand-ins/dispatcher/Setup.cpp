@@ -33,8 +33,10 @@ bool takeNumber(std::string_view text, Number least, Number most, Number& into)
 
 bool takeSwitch(std::string_view text, bool& into)
 {
-    into = text == "true" || (into && text != "false");
-    return text == "true" || text == "false";
+    if (text != "true" && text != "false")
+        return false;
+    into = text == "true";
+    return true;
 }
 
 /// What may go to a terminal of a line that nobody vouches for.
