@@ -87,13 +87,14 @@ boost::shared_ptr<EthernetFrame>
 KivoGbePhysicalNetworkInterface::receiveTransmission(std::uint32_t announcedBytes)
 {
     D& r = *d;
-    // On the stack and not filled, since only words that were delivered are looked at.
+    // On the stack, and filled below as far as the board is asked.
     std::array<std::uint32_t, transmissionMaxBytes / wordBytes> words; // NOLINT(*-member-init)
     const bool fits = announcedBytes <= frameMaxBytes;
     const std::uint32_t asked = fits ? announcedBytes * 2U : transmissionMaxBytes;
     // A library that rounds up may fill the word that an odd announcement asks half of.
     const std::uint32_t askedWords = (asked + wordBytes - 1) / wordBytes;
-    words[askedWords - 1] = 0;
+    // So that a library that claims words without writing them can't bring an earlier frame back.
+    std::memset(words.data(), 0, std::size_t{askedWords} * wordBytes);
     const std::int32_t result =
         plugin::KHalDataQueueReadBufferLong(r.boardHandle, r.portId, words.data(), asked, queueReadTimeoutMs);
     if (result < 0) {

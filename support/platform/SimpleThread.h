@@ -33,7 +33,8 @@ public:
     bool start();
 
     /// [any thread] Waits for the end of `run`. When the result is true the thread is gone for the
-    /// operating system as well, so none of its code runs any more.
+    /// operating system as well, so none of its code runs any more; that last wait, for what a thread does
+    /// behind `run`, has no limit.
     /// @returns whether the thread has ended, or never ran; false at once on the thread itself.
     bool join(std::uint32_t timeoutSeconds = noTimeout);
 

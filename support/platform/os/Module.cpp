@@ -55,12 +55,11 @@ std::string mappedFileOf(const void* address)
 }
 
 /// The name under which the loader holds a module may be relative to a folder that was left since, and it
-/// has none for the program itself.
-std::string fileOf(const link_map& module, const void* address)
+/// has none for the program itself. Then the dynamic section says which file it is: that is mapped from the
+/// file always, which a module's variables needn't be.
+std::string fileOf(const link_map& module)
 {
-    if (module.l_name[0] == pathSeparator)
-        return module.l_name;
-    return module.l_name[0] == '\0' ? "/proc/self/exe" : mappedFileOf(address);
+    return module.l_name[0] == pathSeparator ? module.l_name : mappedFileOf(module.l_ld);
 }
 
 } // namespace
@@ -71,7 +70,7 @@ std::size_t modulePathOf(const void* address, char* buffer, std::size_t size)
     link_map* map = nullptr;
     if (::dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || map == nullptr)
         return 0;
-    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(fileOf(*map, address).c_str(), nullptr),
+    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(fileOf(*map).c_str(), nullptr),
                                                            &std::free);
     if (path == nullptr)
         return 0;
