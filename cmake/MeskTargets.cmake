@@ -41,7 +41,7 @@ function(mesk_root_module name)
     set_target_properties(
         ${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY "${MESK_ROOT_BIN}"
                            INSTALL_RPATH "$ORIGIN")
-    install(TARGETS ${name} LIBRARY DESTINATION bin)
+    install(TARGETS ${name} LIBRARY DESTINATION bin COMPONENT runtime)
 endfunction()
 
 # A shared library that modules of the installation root link.
@@ -51,7 +51,7 @@ function(mesk_root_shared name)
     set_target_properties(
         ${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY "${MESK_ROOT_BIN}"
                            INSTALL_RPATH "$ORIGIN")
-    install(TARGETS ${name} LIBRARY DESTINATION bin)
+    install(TARGETS ${name} LIBRARY DESTINATION bin COMPONENT runtime)
 endfunction()
 
 # All object code of the product but the clock and the event log of the operating system:
