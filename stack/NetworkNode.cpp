@@ -409,15 +409,15 @@ void NetworkNode::D::receiveIcmp(const IcmpPacket& icmp, const IPv4Packet& ip, c
         ++counters.malformed;
         return;
     }
-    const bool isToUsAlone = own.isThere() && ip.destinationAddress() == own.address;
-    if (!isToUsAlone || icmp.code() != echoCode || ip.sourceAddress() == IpAddress()) {
-        ++counters.unusedMessage;
-    } else if (const std::unique_ptr<IcmpPacket> reply(icmp.echoReply()); reply) {
-        // Back where it came from: an answer that had to ask for an address first would cost more than its
-        // question.
+    const bool isEcho = own.isThere() && ip.destinationAddress() == own.address &&
+                        ip.sourceAddress() != IpAddress() && icmp.code() == echoCode;
+    const std::unique_ptr<IcmpPacket> reply(isEcho ? icmp.echoReply() : nullptr);
+    const ReceiveEchoReply call = isEcho && icmp.type() == echoReplyType ? echoReceived : nullptr;
+    if (reply) {
+        // Back where it came from: to ask for an address first would cost more than the question did.
         IPv4Packet answer(own.address, ip.sourceAddress(), reply.get());
         sendPacket(frame.source(), answer);
-    } else if (const ReceiveEchoReply call = echoReceived; call && icmp.type() == echoReplyType) {
+    } else if (call) {
         call({ip.sourceAddress(), readField<quint16>(echo, 0), readField<quint16>(echo, 2), echo.mid(4)},
              now);
     } else {
