@@ -47,7 +47,7 @@ const std::vector<Rule> rules{
     {"stand-ins/framework/", {"<kivo/", "<boost/", "stand-ins/framework/", "<system"}},
     {"stand-ins/board/", {"stand-ins/board/", "<Q", "<pcap", "<fmt/", "<system"}},
     {"stand-ins/dispatcher/", {"stand-ins/dispatcher/", "<spdlog/", "<system"}},
-    {"stand-ins/camera/", {"stand-ins/camera/", "packets/", "gvcp/", "<Q"}},
+    {"stand-ins/camera/", {"stand-ins/camera/", "packets/", "gvcp/", "stack/", "<Q"}},
     {"host/",
      {"host/", "packets/", "gvcp/", "interface/PhysicalNetworkInterfaceEventQueue.h",
       "interface/PhysicalNetworkInterfaceEvent.h", "interface/PniActionCommandTimeout.h", "support/platform/",
