@@ -9,13 +9,13 @@ GVCPAckPacket::GVCPAckPacket(const QByteArray& bytes)
 {
 }
 
-GVCPAckPacket::GVCPAckPacket(const ByteSlice& bytes)
+GVCPAckPacket::GVCPAckPacket(ByteSlice bytes)
 {
     d->valid = D::isLengthRight(bytes);
     if (!d->valid)
         return;
     d->statusOrFlags = readField<quint16>(bytes, D::statusAt);
-    d->parse(bytes);
+    d->parse(std::move(bytes));
 }
 
 GVCPAckPacket::GVCPAckPacket(quint16 status, const GVCPCommandPacket& command, const QByteArray& payload,

@@ -12,8 +12,8 @@ GVCPActionCommandPacket::GVCPActionCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPActionCommandPacket::GVCPActionCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPActionCommandPacket::GVCPActionCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

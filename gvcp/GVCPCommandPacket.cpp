@@ -17,13 +17,13 @@ GVCPCommandPacket::GVCPCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPCommandPacket::GVCPCommandPacket(const ByteSlice& bytes)
+GVCPCommandPacket::GVCPCommandPacket(ByteSlice bytes)
 {
     d->valid = D::isLengthRight(bytes) && readField<quint8>(bytes, D::keyAt) == KeyByte;
     if (!d->valid)
         return;
     d->statusOrFlags = readField<quint8>(bytes, D::flagsAt);
-    d->parse(bytes);
+    d->parse(std::move(bytes));
 }
 
 QByteArray GVCPCommandPacket::serialize() const

@@ -120,7 +120,6 @@ struct GVCPDiscoveryAckPacket::D {
 
 GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(quint16 status, quint16 ackId)
     : GVCPAckPacket(status, GVCPMessageCode::DiscoveryAck, ackId, {}, NetworkOrder)
-    , d(std::make_unique<D>())
 {
 }
 
@@ -129,14 +128,13 @@ GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(const QByteArray& bytes)
 {
 }
 
-GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(const ByteSlice& bytes)
+GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(ByteSlice bytes)
     : GVCPAckPacket(bytes)
-    , d(std::make_unique<D>())
 {
-    const ByteSlice block = bytes.mid(int(HeaderSize));
+    ByteSlice block = std::move(bytes).mid(int(HeaderSize));
     // The rule of isPayloadValid(): no text is held yet.
     if (block.size() <= payloadSizeMaxBytes)
-        d->unread = block;
+        d->unread = std::move(block);
 }
 
 GVCPDiscoveryAckPacket::~GVCPDiscoveryAckPacket() = default;

@@ -45,7 +45,7 @@ public:
 
     GVCPDiscoveryAckPacket(quint16 status, quint16 ackId);
     explicit GVCPDiscoveryAckPacket(const QByteArray& bytes);
-    explicit GVCPDiscoveryAckPacket(const ByteSlice& bytes);
+    explicit GVCPDiscoveryAckPacket(ByteSlice bytes);
     ~GVCPDiscoveryAckPacket() override;
 
     /// 248, whatever was received.
@@ -97,5 +97,5 @@ public:
 
 private:
     struct D;
-    std::unique_ptr<D> d; // beside that of the base, which is not used here
+    PlacedRecord<D, 104> d; // beside that of the base, which is not used here
 };

@@ -9,8 +9,8 @@ GVCPEventCommandPacket::GVCPEventCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPEventCommandPacket::GVCPEventCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPEventCommandPacket::GVCPEventCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

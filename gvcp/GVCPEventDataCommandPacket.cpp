@@ -9,8 +9,8 @@ GVCPEventDataCommandPacket::GVCPEventDataCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPEventDataCommandPacket::GVCPEventDataCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPEventDataCommandPacket::GVCPEventDataCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

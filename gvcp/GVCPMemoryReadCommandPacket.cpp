@@ -23,8 +23,8 @@ GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(const QByteArray& bytes
 {
 }
 
-GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

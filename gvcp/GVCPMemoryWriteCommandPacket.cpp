@@ -23,8 +23,8 @@ GVCPMemoryWriteCommandPacket::GVCPMemoryWriteCommandPacket(const QByteArray& byt
 {
 }
 
-GVCPMemoryWriteCommandPacket::GVCPMemoryWriteCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPMemoryWriteCommandPacket::GVCPMemoryWriteCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

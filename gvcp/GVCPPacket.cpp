@@ -14,11 +14,11 @@ bool GVCPPacket::D::isLengthRight(const ByteSlice& bytes)
     return int(readField<quint16>(bytes, lengthAt)) == bytes.size() - payloadAt;
 }
 
-void GVCPPacket::D::parse(const ByteSlice& bytes)
+void GVCPPacket::D::parse(ByteSlice bytes)
 {
     code = readField<quint16>(bytes, codeAt);
     requestId = readField<quint16>(bytes, idAt);
-    payload = bytes.mid(payloadAt);
+    payload = std::move(bytes).mid(payloadAt);
     valid = requestId != 0;
 }
 
@@ -48,19 +48,19 @@ GVCPPacket* GVCPPacket::create(const QByteArray& bytes)
     return create(ByteSlice(bytes));
 }
 
-GVCPPacket* GVCPPacket::create(const ByteSlice& bytes)
+GVCPPacket* GVCPPacket::create(ByteSlice bytes)
 {
     if (bytes.size() < int(HeaderSize))
         return nullptr;
     switch (readField<quint16>(bytes, D::codeAt)) {
     case GVCPMessageCode::DiscoveryAck:
-        return new GVCPDiscoveryAckPacket(bytes);
+        return new GVCPDiscoveryAckPacket(std::move(bytes));
     case GVCPMessageCode::ReadRegisterCommand:
-        return new GVCPRegisterReadCommandPacket(bytes);
+        return new GVCPRegisterReadCommandPacket(std::move(bytes));
     case GVCPMessageCode::WriteRegisterCommand:
-        return new GVCPRegisterWriteCommandPacket(bytes);
+        return new GVCPRegisterWriteCommandPacket(std::move(bytes));
     case GVCPMessageCode::ActionCommand:
-        return new GVCPActionCommandPacket(bytes);
+        return new GVCPActionCommandPacket(std::move(bytes));
     case GVCPMessageCode::DiscoveryCommand:
     case GVCPMessageCode::ForceIpCommand:
     case GVCPMessageCode::PacketResendCommand:
@@ -68,7 +68,7 @@ GVCPPacket* GVCPPacket::create(const ByteSlice& bytes)
     case GVCPMessageCode::WriteMemoryCommand:
     case GVCPMessageCode::EventCommand:
     case GVCPMessageCode::EventDataCommand:
-        return new GVCPCommandPacket(bytes);
+        return new GVCPCommandPacket(std::move(bytes));
     case GVCPMessageCode::ForceIpAck:
     case GVCPMessageCode::PacketResendAck:
     case GVCPMessageCode::ReadRegisterAck:
@@ -78,16 +78,13 @@ GVCPPacket* GVCPPacket::create(const ByteSlice& bytes)
     case GVCPMessageCode::EventAck:
     case GVCPMessageCode::EventDataAck:
     case GVCPMessageCode::ActionAck:
-        return new GVCPAckPacket(bytes);
+        return new GVCPAckPacket(std::move(bytes));
     default:
         return nullptr;
     }
 }
 
-GVCPPacket::GVCPPacket()
-    : d(std::make_unique<D>())
-{
-}
+GVCPPacket::GVCPPacket() = default;
 
 GVCPPacket::~GVCPPacket() = default;
 

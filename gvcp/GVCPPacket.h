@@ -2,8 +2,7 @@
 
 #include "gvcp/ByteOrder.h"
 #include "packets/ApplicationPacket.h"
-
-#include <memory>
+#include "packets/PlacedRecord.h"
 
 class ByteSlice;
 
@@ -39,7 +38,7 @@ public:
     /// or an acknowledge.
     [[nodiscard]] static GVCPPacket* create(const QByteArray& bytes);
     /// The same from a part of an array, without a copy of that part.
-    [[nodiscard]] static GVCPPacket* create(const ByteSlice& bytes);
+    [[nodiscard]] static GVCPPacket* create(ByteSlice bytes);
 
     GVCPPacket(const GVCPPacket&) = delete;
     GVCPPacket& operator=(const GVCPPacket&) = delete;
@@ -78,5 +77,5 @@ protected:
     /// The payload held, to be read in place.
     const ByteSlice& payloadBytes() const;
 
-    std::unique_ptr<D> d;
+    PlacedRecord<D, 24> d;
 };

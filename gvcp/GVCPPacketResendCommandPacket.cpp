@@ -15,8 +15,8 @@ GVCPPacketResendCommandPacket::GVCPPacketResendCommandPacket(const QByteArray& b
 {
 }
 
-GVCPPacketResendCommandPacket::GVCPPacketResendCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPPacketResendCommandPacket::GVCPPacketResendCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

@@ -18,7 +18,7 @@ struct GVCPPacket::D {
     /// Whether the length field is the size of what follows the header.
     static bool isLengthRight(const ByteSlice& bytes);
     /// Takes code, id and payload from bytes whose length is right.
-    void parse(const ByteSlice& bytes);
+    void parse(ByteSlice bytes);
     /// False for the id 0 and for a payload that the length field can't tell.
     bool isSendable() const;
     /// A new array of the header and the payload.

@@ -21,8 +21,8 @@ GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(const QByteArray& b
 {
 }
 
-GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

@@ -21,8 +21,8 @@ GVCPRegisterWriteCommandPacket::GVCPRegisterWriteCommandPacket(const QByteArray&
 {
 }
 
-GVCPRegisterWriteCommandPacket::GVCPRegisterWriteCommandPacket(const ByteSlice& bytes)
-    : GVCPCommandPacket(bytes)
+GVCPRegisterWriteCommandPacket::GVCPRegisterWriteCommandPacket(ByteSlice bytes)
+    : GVCPCommandPacket(std::move(bytes))
 {
 }
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 
 namespace {
 constexpr int ipAddressBytes = 4;
@@ -92,10 +93,7 @@ void ArpPacket::D::setMac(MacAddress& field, int at, const MacAddress& address)
     std::memcpy(&image[std::size_t(at)], address.constData(), MacAddress::sizeBytes);
 }
 
-ArpPacket::ArpPacket()
-    : d(std::make_unique<D>())
-{
-}
+ArpPacket::ArpPacket() = default;
 
 ArpPacket::ArpPacket(const QByteArray& bytes)
     : ArpPacket(ByteSlice(bytes))
@@ -110,7 +108,7 @@ ArpPacket::ArpPacket(const ByteSlice& bytes)
 
 ArpPacket::ArpPacket(const ArpPacket& other)
     : InternetPacket(other)
-    , d(std::make_unique<D>(*other.d))
+    , d(*other.d)
 {
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "packets/InternetPacket.h"
-
-#include <memory>
+#include "packets/PlacedRecord.h"
 
 class MacAddress;
 
@@ -76,5 +75,5 @@ public:
 
 private:
     struct D;
-    std::unique_ptr<D> d;
+    PlacedRecord<D, 52> d;
 };

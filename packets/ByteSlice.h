@@ -2,15 +2,18 @@
 
 #include <QByteArray>
 
+#include <algorithm>
+#include <utility>
+
 /// Part of a shared array: what one layer is of the frame that carries it, without a copy. It keeps the whole
-/// array alive. [one thread at a time, reading too]
+/// array alive. One that was moved from is good for an assignment only. [one thread at a time, reading too]
 class ByteSlice {
 public:
     ByteSlice() noexcept = default;
     /// All of @p bytes, shared.
-    explicit ByteSlice(const QByteArray& bytes)
-        : m_array(bytes)
-        , m_size(bytes.size())
+    explicit ByteSlice(QByteArray bytes) noexcept
+        : m_array(std::move(bytes))
+        , m_size(m_array.size())
     {
     }
 
@@ -19,13 +22,33 @@ public:
 
     /// The bytes from @p at on, at most @p size of them; all to the end if @p size is negative.
     /// @param at not negative; behind the end nothing is left.
-    ByteSlice mid(int at, int size = -1) const;
+    ByteSlice mid(int at, int size = -1) const& { return ByteSlice(*this).mid(at, size); }
+    /// The same of a slice that is given up: its share of the array goes on to the part.
+    ByteSlice mid(int at, int size = -1) &&;
     /// The bytes as an array of their own, made when it is first asked for. The reference is good while the
     /// slice lives.
     const QByteArray& array() const;
 
 private:
+    // QByteArray::fromRawData gives an array that points to memory of somebody else, with no capacity of its
+    // own.
+    bool borrowsItsMemory() const { return m_array.capacity() == 0; }
+
     mutable QByteArray m_array;
     mutable int m_at = 0;
     int m_size = 0;
 };
+
+inline ByteSlice ByteSlice::mid(int at, int size) &&
+{
+    const int rest = std::max(m_size - at, 0);
+    const int taken = size < 0 ? rest : std::min(size, rest);
+    if (taken == 0)
+        return {};
+    // A part of borrowed memory is copied, as QByteArray::mid does it: a packet may outlive that memory.
+    if (taken < m_size && borrowsItsMemory())
+        return ByteSlice(QByteArray(constData() + at, taken));
+    m_at += at;
+    m_size = taken;
+    return std::move(*this);
+}

@@ -20,12 +20,12 @@ auto placeOf(Options& options, quint8 code)
 }
 } // namespace
 
-void DhcpOptions::read(const char* area, const ByteSlice& received)
+void DhcpOptions::read(const char* area, ByteSlice received)
 {
     // Some senders leave the area empty; what follows a pad in front isn't looked for.
     if (quint8(*area) == padCode)
         return;
-    m_received = received;
+    m_received = std::move(received);
     m_options.reserve(usualCount);
     for (int at = 0; at <= lastPlace;) {
         const auto code = quint8(area[at]);

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
+#include <utility>
 
 namespace {
 constexpr int opAt = 0, htypeAt = opAt + 1, hlenAt = htypeAt + 1, hopsAt = hlenAt + 1, xidAt = hopsAt + 1,
@@ -40,7 +42,7 @@ struct DhcpPacket::D {
     DhcpOptions options;
 
     D();
-    explicit D(const ByteSlice& bytes);
+    explicit D(ByteSlice bytes);
 
     char* at(int place) { return &message[std::size_t(place)]; }
     const char* at(int place) const { return &message[std::size_t(place)]; }
@@ -63,12 +65,12 @@ DhcpPacket::D::D()
     qToBigEndian(magicCookie, at(magicAt));
 }
 
-DhcpPacket::D::D(const ByteSlice& bytes)
+DhcpPacket::D::D(ByteSlice bytes)
 {
     const auto taken = std::min(std::size_t(bytes.size()), message.size());
     std::memcpy(message.data(), bytes.constData(), taken);
     std::memset(message.data() + taken, 0, message.size() - taken);
-    options.read(at(optionsAt), bytes.mid(optionsAt, DhcpOptions::areaSizeBytes));
+    options.read(at(optionsAt), std::move(bytes).mid(optionsAt, DhcpOptions::areaSizeBytes));
 }
 
 void DhcpPacket::D::setUpAnswer(const D& received, MessageType type, quint32 xid)
@@ -80,24 +82,21 @@ void DhcpPacket::D::setUpAnswer(const D& received, MessageType type, quint32 xid
     setMessageType(type);
 }
 
-DhcpPacket::DhcpPacket()
-    : d(std::make_unique<D>())
-{
-}
+DhcpPacket::DhcpPacket() = default;
 
 DhcpPacket::DhcpPacket(const QByteArray& bytes)
     : DhcpPacket(ByteSlice(bytes))
 {
 }
 
-DhcpPacket::DhcpPacket(const ByteSlice& bytes)
-    : d(std::make_unique<D>(bytes))
+DhcpPacket::DhcpPacket(ByteSlice bytes)
+    : d(std::move(bytes))
 {
 }
 
 DhcpPacket::DhcpPacket(const DhcpPacket& other)
     : ApplicationPacket(other)
-    , d(std::make_unique<D>(*other.d))
+    , d(*other.d)
 {
 }
 

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "packets/ApplicationPacket.h"
+#include "packets/PlacedRecord.h"
 
 #include <QList>
-
-#include <memory>
 
 class ByteSlice;
 class IpAddress;
@@ -46,7 +45,7 @@ public:
     /// doesn't fit the area; none if the area starts with a pad. Of a code that comes twice the last one
     /// counts.
     explicit DhcpPacket(const QByteArray& bytes);
-    explicit DhcpPacket(const ByteSlice& bytes);
+    explicit DhcpPacket(ByteSlice bytes);
     DhcpPacket(const DhcpPacket& other);
     /// @param other is a DhcpPacket; another class gives a new message.
     explicit DhcpPacket(const ApplicationPacket& other);
@@ -113,5 +112,5 @@ public:
 
 private:
     struct D;
-    std::unique_ptr<D> d;
+    PlacedRecord<D, 592> d;
 };

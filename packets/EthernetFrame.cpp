@@ -3,12 +3,12 @@
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 #include "packets/Crc32.h"
+#include "packets/FrameRoom.h"
 #include "packets/InternetPacket.h"
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <utility>
 
 namespace {
@@ -74,20 +74,16 @@ bool EthernetFrame::D::parseHeader(const QByteArray& bytes)
 QByteArray EthernetFrame::D::serializeChild() const
 {
     const quint16 type = child->etherType();
-    const QByteArray payload = child->serialize();
-    const int written = payloadAt + payload.size();
-    QByteArray frame(std::max(written, int(minimumFrameSize)), Qt::Uninitialized);
+    QByteArray frame = InternetPacket::serializeIn({payloadAt, int(minimumFrameSize)}, *child);
     char* const to = frame.data();
     writeAddress(to + destinationAt, destination);
     writeAddress(to + sourceAt, source);
     qToBigEndian(type, to + typeAt);
-    std::copy(payload.begin(), payload.end(), to + payloadAt);
-    std::fill(to + written, to + frame.size(), '\0');
     return frame;
 }
 
 EthernetFrame::EthernetFrame(const MacAddress& source, const MacAddress& destination, InternetPacket* child)
-    : d(new (m_place) D(source, destination))
+    : d(source, destination)
 {
     d->child = child;
     d->headerSize = headerSizeBytes;
@@ -95,7 +91,7 @@ EthernetFrame::EthernetFrame(const MacAddress& source, const MacAddress& destina
 
 EthernetFrame::EthernetFrame(const MacAddress& source, const MacAddress& destination,
                              const QByteArray& typeAndPayload)
-    : d(new (m_place) D(source, destination))
+    : d(source, destination)
 {
     if (typeAndPayload.size() < 2)
         return;
@@ -112,15 +108,11 @@ EthernetFrame::EthernetFrame(const QByteArray& bytes)
 }
 
 EthernetFrame::EthernetFrame(QByteArray&& bytes)
-    : d(new (m_place) D(std::move(bytes)))
+    : d(std::move(bytes))
 {
-    static_assert(sizeof(D) <= recordSizeBytes && alignof(D) <= recordAlignment, "the record fits its place");
 }
 
-EthernetFrame::~EthernetFrame()
-{
-    d->~D();
-}
+EthernetFrame::~EthernetFrame() = default;
 
 quint32 EthernetFrame::layer() const
 {

@@ -2,10 +2,9 @@
 
 #include "packets/MacAddress.h"
 #include "packets/NetworkPacket.h"
+#include "packets/PlacedRecord.h"
 
 #include <QByteArray>
-
-#include <cstddef>
 
 class InternetPacket;
 
@@ -87,8 +86,5 @@ public:
 
 private:
     struct D;
-    // The record stands in the frame's own block: a frame is received with one allocation less.
-    static constexpr std::size_t recordSizeBytes = 56, recordAlignment = 8;
-    alignas(recordAlignment) std::byte m_place[recordSizeBytes];
-    D* const d;
+    PlacedRecord<D, 56> d;
 };

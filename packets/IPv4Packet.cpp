@@ -2,6 +2,7 @@
 
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
+#include "packets/FrameRoom.h"
 #include "packets/InternetChecksum.h"
 #include "packets/IpAddress.h"
 #include "packets/TransportPacket.h"
@@ -30,7 +31,7 @@ struct IPv4Packet::D {
     IpAddress source;
     IpAddress destination;
 
-    void parse(const ByteSlice& bytes);
+    void parse(ByteSlice bytes);
     void copyFrom(const D& other);
     bool writeHeader();
     ByteSlice payload() const
@@ -39,7 +40,7 @@ struct IPv4Packet::D {
     }
 };
 
-void IPv4Packet::D::parse(const ByteSlice& bytes)
+void IPv4Packet::D::parse(ByteSlice bytes)
 {
     protocol = readField<quint8>(bytes, protocolAt);
     source = IpAddress(readField<quint32>(bytes, sourceAt));
@@ -48,7 +49,7 @@ void IPv4Packet::D::parse(const ByteSlice& bytes)
     if (headerSize < headerSizeBytes)
         return;
     totalLength = readField<quint16>(bytes, totalLengthAt);
-    data = bytes.mid(headerSize, totalLength - headerSize);
+    data = std::move(bytes).mid(headerSize, totalLength - headerSize);
 }
 
 // All but the header image: it belongs to the serialisations of its own packet.
@@ -77,7 +78,6 @@ bool IPv4Packet::D::writeHeader()
 }
 
 IPv4Packet::IPv4Packet(const IpAddress& source, const IpAddress& destination, TransportPacket* child)
-    : d(std::make_unique<D>())
 {
     d->child = child;
     d->source = source;
@@ -86,7 +86,6 @@ IPv4Packet::IPv4Packet(const IpAddress& source, const IpAddress& destination, Tr
 
 IPv4Packet::IPv4Packet(const IpAddress& source, const IpAddress& destination, quint8 protocol,
                        const QByteArray& data)
-    : d(std::make_unique<D>())
 {
     d->protocol = protocol;
     d->totalLength = quint16(data.size() + headerSizeBytes);
@@ -100,21 +99,18 @@ IPv4Packet::IPv4Packet(const QByteArray& bytes)
 {
 }
 
-IPv4Packet::IPv4Packet(const ByteSlice& bytes)
-    : d(std::make_unique<D>())
+IPv4Packet::IPv4Packet(ByteSlice bytes)
 {
-    d->parse(bytes);
+    d->parse(std::move(bytes));
 }
 
 IPv4Packet::IPv4Packet(const IPv4Packet& other)
     : InternetPacket(other)
-    , d(std::make_unique<D>())
 {
     d->copyFrom(*other.d);
 }
 
 IPv4Packet::IPv4Packet(const InternetPacket& other)
-    : d(std::make_unique<D>())
 {
     if (const auto* same = dynamic_cast<const IPv4Packet*>(&other))
         d->copyFrom(*same->d);
@@ -141,14 +137,19 @@ quint32 IPv4Packet::totalSize() const
 
 QByteArray IPv4Packet::serialize() const
 {
+    return serializeIn({});
+}
+
+QByteArray IPv4Packet::serializeIn(const FrameRoom& room) const
+{
     if (!d->writeHeader())
-        return QByteArray(d->data.constData(), d->data.size()); // never a view on the caller's memory
+        return room.arrayOf(d->data);
     const D& r = *d;
-    const ByteSlice payload = r.payload();
-    QByteArray packet(headerSizeBytes + payload.size(), Qt::Uninitialized);
-    char* const to = packet.data();
-    std::memcpy(to, r.header.data(), r.header.size());
-    std::memcpy(to + headerSizeBytes, payload.constData(), std::size_t(payload.size()));
+    const FrameRoom payloadRoom = room.behind(headerSizeBytes);
+    QByteArray packet = r.child != nullptr
+                            ? TransportPacket::serializeIn(payloadRoom, *r.child, r.source, r.destination)
+                            : payloadRoom.arrayOf(r.data);
+    std::memcpy(packet.data() + room.before, r.header.data(), r.header.size());
     return packet;
 }
 

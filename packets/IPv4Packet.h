@@ -1,10 +1,10 @@
 #pragma once
 
 #include "packets/InternetPacket.h"
-
-#include <memory>
+#include "packets/PlacedRecord.h"
 
 class TransportPacket;
+struct FrameRoom;
 
 /// IPv4 datagram (RFC 791). Of a parsed one addresses, protocol number and payload are kept; each
 /// serialisation writes a new header, whose other fields have the values of the last column.
@@ -41,7 +41,7 @@ public:
     /// all the bytes, a header size below 20 for none. Version, checksum and fragment fields are not looked
     /// at.
     explicit IPv4Packet(const QByteArray& bytes);
-    explicit IPv4Packet(const ByteSlice& bytes);
+    explicit IPv4Packet(ByteSlice bytes);
     /// The copy shares the child, which neither owns.
     IPv4Packet(const IPv4Packet& other);
     /// @param other is an IPv4Packet; another class gives an empty packet without addresses.
@@ -57,6 +57,8 @@ public:
     quint32 totalSize() const override;
     /// A new array: header, and payload.
     QByteArray serialize() const override;
+    /// The bytes of serialize() in a new array with @p room, without a copy of them in between.
+    QByteArray serializeIn(const FrameRoom& room) const;
     /// 0x0800.
     quint16 etherType() const override;
     quint8 protocol() const override;
@@ -74,5 +76,5 @@ public:
 
 private:
     struct D;
-    std::unique_ptr<D> d;
+    PlacedRecord<D, 64> d;
 };

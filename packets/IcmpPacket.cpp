@@ -17,6 +17,22 @@ struct IcmpPacket::D {
     ByteSlice data;
     bool checksumDirty = true;
 
+    D() = default;
+    D(quint8 typeByte, quint8 codeByte, ByteSlice bytes)
+        : type(typeByte)
+        , code(codeByte)
+        , data(std::move(bytes))
+    {
+    }
+    explicit D(ByteSlice message)
+        : type(readField<quint8>(message, typeAt))
+        , code(readField<quint8>(message, codeAt))
+        , checksum(readField<quint16>(message, checksumAt))
+        , data(std::move(message).mid(dataAt))
+        , checksumDirty(false)
+    {
+    }
+
     void updateChecksum();
 };
 
@@ -30,7 +46,7 @@ void IcmpPacket::D::updateChecksum()
 }
 
 IcmpPacket::IcmpPacket(quint8 type, quint8 code, const QByteArray& data)
-    : d(new D{type, code, 0, ByteSlice(data), true})
+    : d(type, code, ByteSlice(data))
 {
 }
 
@@ -39,20 +55,18 @@ IcmpPacket::IcmpPacket(const QByteArray& bytes)
 {
 }
 
-IcmpPacket::IcmpPacket(const ByteSlice& bytes)
-    : d(new D{readField<quint8>(bytes, typeAt), readField<quint8>(bytes, codeAt),
-              readField<quint16>(bytes, checksumAt), bytes.mid(dataAt), false})
+IcmpPacket::IcmpPacket(ByteSlice bytes)
+    : d(std::move(bytes))
 {
 }
 
 IcmpPacket::IcmpPacket(const IcmpPacket& other)
     : TransportPacket(other)
-    , d(std::make_unique<D>(*other.d))
+    , d(*other.d)
 {
 }
 
 IcmpPacket::IcmpPacket(const TransportPacket& other)
-    : d(std::make_unique<D>())
 {
     if (const auto* same = dynamic_cast<const IcmpPacket*>(&other))
         *d = *same->d;

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "packets/TransportPacket.h"
-
-#include <memory>
+#include "packets/PlacedRecord.h"
 
 /// ICMP message (RFC 792).
 ///
@@ -23,7 +22,7 @@ public:
     IcmpPacket(quint8 type, quint8 code, const QByteArray& data);
     /// Parses @p bytes to their end. The checksum is kept and goes out again as it came, right or wrong.
     explicit IcmpPacket(const QByteArray& bytes);
-    explicit IcmpPacket(const ByteSlice& bytes);
+    explicit IcmpPacket(ByteSlice bytes);
     IcmpPacket(const IcmpPacket& other);
     /// @param other is an IcmpPacket; another class gives the message 0, 0 without data.
     explicit IcmpPacket(const TransportPacket& other);
@@ -55,5 +54,5 @@ public:
 
 private:
     struct D;
-    std::unique_ptr<D> d;
+    PlacedRecord<D, 32> d;
 };

@@ -3,7 +3,10 @@
 #include "packets/ArpPacket.h"
 #include "packets/ByteSlice.h"
 #include "packets/CopyAs.h"
+#include "packets/FrameRoom.h"
 #include "packets/IPv4Packet.h"
+
+#include <typeinfo>
 
 quint32 InternetPacket::layer() const
 {
@@ -20,11 +23,11 @@ InternetPacket* InternetPacket::create(const quint16& etherType, const QByteArra
     return create(etherType, ByteSlice(bytes));
 }
 
-InternetPacket* InternetPacket::create(const quint16& etherType, const ByteSlice& bytes)
+InternetPacket* InternetPacket::create(const quint16& etherType, ByteSlice bytes)
 {
     switch (etherType) {
     case IPv4Packet::EtherType:
-        return new IPv4Packet(bytes);
+        return new IPv4Packet(std::move(bytes));
     case ArpPacket::EtherType:
         return new ArpPacket(bytes);
     default:
@@ -42,4 +45,12 @@ InternetPacket* InternetPacket::copyOf(const InternetPacket& packet)
     default:
         return nullptr;
     }
+}
+
+QByteArray InternetPacket::serializeIn(const FrameRoom& room, const InternetPacket& packet)
+{
+    // Of this class exactly: a class derived from it may serialise in another way.
+    if (typeid(packet) == typeid(IPv4Packet))
+        return static_cast<const IPv4Packet&>(packet).serializeIn(room);
+    return room.arrayOf(packet.serialize());
 }

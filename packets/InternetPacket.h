@@ -6,6 +6,7 @@
 
 class ByteSlice;
 class IpAddress;
+struct FrameRoom;
 
 /// Network layer packet: the common face of IPv4Packet and ArpPacket towards EthernetFrame.
 class InternetPacket : public NetworkPacket {
@@ -30,10 +31,12 @@ public:
     /// ARP.
     [[nodiscard]] static InternetPacket* create(const quint16& etherType, const QByteArray& bytes);
     /// The same from a part of an array, without a copy of that part.
-    [[nodiscard]] static InternetPacket* create(const quint16& etherType, const ByteSlice& bytes);
+    [[nodiscard]] static InternetPacket* create(const quint16& etherType, ByteSlice bytes);
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a class other
     /// than IPv4Packet and ArpPacket.
     [[nodiscard]] static InternetPacket* copyOf(const InternetPacket& packet);
+    /// @returns the bytes of serialize() of @p packet in a new array with @p room.
+    static QByteArray serializeIn(const FrameRoom& room, const InternetPacket& packet);
 
 protected:
     InternetPacket() = default;

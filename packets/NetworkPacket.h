@@ -10,7 +10,7 @@
 class NetworkPacket {
 public:
     NetworkPacket& operator=(const NetworkPacket&) = delete;
-    virtual ~NetworkPacket();
+    virtual ~NetworkPacket() = default;
 
     /// Layer of the class: 2 link, 3 network, 4 transport, 5 application.
     virtual quint32 layer() const = 0;

@@ -2,8 +2,11 @@
 
 #include "packets/ByteSlice.h"
 #include "packets/CopyAs.h"
+#include "packets/FrameRoom.h"
 #include "packets/IcmpPacket.h"
 #include "packets/UdpPacket.h"
+
+#include <typeinfo>
 
 quint32 TransportPacket::layer() const
 {
@@ -15,13 +18,13 @@ TransportPacket* TransportPacket::create(const quint8& protocol, const QByteArra
     return create(protocol, ByteSlice(bytes));
 }
 
-TransportPacket* TransportPacket::create(const quint8& protocol, const ByteSlice& bytes)
+TransportPacket* TransportPacket::create(const quint8& protocol, ByteSlice bytes)
 {
     switch (protocol) {
     case IcmpPacket::Protocol:
-        return new IcmpPacket(bytes);
+        return new IcmpPacket(std::move(bytes));
     case UdpPacket::Protocol:
-        return new UdpPacket(bytes);
+        return new UdpPacket(std::move(bytes));
     default:
         return nullptr;
     }
@@ -37,4 +40,13 @@ TransportPacket* TransportPacket::copyOf(const TransportPacket& packet)
     default:
         return nullptr;
     }
+}
+
+QByteArray TransportPacket::serializeIn(const FrameRoom& room, const TransportPacket& packet,
+                                        const IpAddress& source, const IpAddress& destination)
+{
+    // Of this class exactly: a class derived from it may serialise in another way.
+    if (typeid(packet) == typeid(UdpPacket))
+        return static_cast<const UdpPacket&>(packet).serializeIn(room, source, destination);
+    return room.arrayOf(packet.serialize(source, destination));
 }

@@ -6,6 +6,7 @@
 
 class ByteSlice;
 class IpAddress;
+struct FrameRoom;
 
 /// Transport layer packet: what an IPv4Packet carries.
 class TransportPacket : public NetworkPacket {
@@ -33,10 +34,13 @@ public:
     /// class.
     [[nodiscard]] static TransportPacket* create(const quint8& protocol, const QByteArray& bytes);
     /// The same from a part of an array, without a copy of that part.
-    [[nodiscard]] static TransportPacket* create(const quint8& protocol, const ByteSlice& bytes);
+    [[nodiscard]] static TransportPacket* create(const quint8& protocol, ByteSlice bytes);
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a protocol that
     /// has no class.
     [[nodiscard]] static TransportPacket* copyOf(const TransportPacket& packet);
+    /// @returns the bytes of serialize() of @p packet in a new array with @p room.
+    static QByteArray serializeIn(const FrameRoom& room, const TransportPacket& packet,
+                                  const IpAddress& source, const IpAddress& destination);
 
 protected:
     TransportPacket() = default;

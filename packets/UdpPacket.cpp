@@ -5,6 +5,7 @@
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 #include "packets/DhcpPacket.h"
+#include "packets/FrameRoom.h"
 #include "packets/InternetChecksum.h"
 #include "packets/IpAddress.h"
 
@@ -37,30 +38,30 @@ struct UdpPacket::D {
     {
     }
 
-    void parse(const ByteSlice& bytes);
-    void setData(const ByteSlice& bytes);
+    void parse(ByteSlice bytes);
+    void setData(ByteSlice bytes);
     void setPort(quint16& port, quint16 value);
     quint16 lengthOfData() const { return quint16(dataAt + data.size()); }
     void updatePartialSum();
     quint16 checksum(const IpAddress& source, const IpAddress& destination);
 };
 
-void UdpPacket::D::parse(const ByteSlice& bytes)
+void UdpPacket::D::parse(ByteSlice bytes)
 {
     sourcePort = readField<quint16>(bytes, sourcePortAt);
     destinationPort = readField<quint16>(bytes, destinationPortAt);
     receivedChecksum = readField<quint16>(bytes, checksumAt);
     const int declaredLength = readField<quint16>(bytes, lengthAt);
-    setData(bytes.mid(dataAt, declaredLength - dataAt));
+    setData(std::move(bytes).mid(dataAt, declaredLength - dataAt));
     valid = declaredLength == dataAt + data.size();
     checksumDirty = false;
     checksumIsReceived = true;
 }
 
-void UdpPacket::D::setData(const ByteSlice& bytes)
+void UdpPacket::D::setData(ByteSlice bytes)
 {
     checksumDirty = true;
-    data = bytes;
+    data = std::move(bytes);
     valid = data.size() <= payloadSizeMaxBytes;
     length = lengthOfData();
 }
@@ -95,14 +96,15 @@ quint16 UdpPacket::D::checksum(const IpAddress& source, const IpAddress& destina
 
 UdpPacket::UdpPacket(quint16 sourcePort, quint16 destinationPort, const QByteArray& data,
                      bool checksumEnabled)
-    : d(std::make_unique<D>(sourcePort, destinationPort, checksumEnabled))
+    : d(sourcePort, destinationPort, checksumEnabled)
 {
     setData(data);
 }
 
 UdpPacket::UdpPacket(quint16 sourcePort, quint16 destinationPort, const ApplicationPacket& packet)
-    : UdpPacket(sourcePort, destinationPort, packet.serialize(), true)
+    : d(sourcePort, destinationPort, true)
 {
+    d->setData(ByteSlice(packet.serialize()));
 }
 
 UdpPacket::UdpPacket(const QByteArray& bytes)
@@ -110,21 +112,19 @@ UdpPacket::UdpPacket(const QByteArray& bytes)
 {
 }
 
-UdpPacket::UdpPacket(const ByteSlice& bytes)
-    : d(std::make_unique<D>())
+UdpPacket::UdpPacket(ByteSlice bytes)
 {
-    d->parse(bytes);
+    d->parse(std::move(bytes));
 }
 
 UdpPacket::UdpPacket(const UdpPacket& other)
     : TransportPacket(other)
-    , d(std::make_unique<D>(*other.d))
+    , d(*other.d)
 {
     d->checksumEnabled = true;
 }
 
 UdpPacket::UdpPacket(const TransportPacket& other)
-    : d(std::make_unique<D>())
 {
     setData({});
     if (const auto* same = dynamic_cast<const UdpPacket*>(&other))
@@ -151,11 +151,17 @@ quint32 UdpPacket::totalSize() const
 
 QByteArray UdpPacket::serialize(const IpAddress& source, const IpAddress& destination) const
 {
+    return d->valid ? serializeIn({}, source, destination) : QByteArray();
+}
+
+QByteArray UdpPacket::serializeIn(const FrameRoom& room, const IpAddress& source,
+                                  const IpAddress& destination) const
+{
     const D& r = *d;
     if (!r.valid)
-        return {};
-    QByteArray datagram(dataAt + r.data.size(), Qt::Uninitialized);
-    char* const to = datagram.data();
+        return room.array(0);
+    QByteArray datagram = room.array(dataAt + r.data.size());
+    char* const to = datagram.data() + room.before;
     qToBigEndian(r.sourcePort, to + sourcePortAt);
     qToBigEndian(r.destinationPort, to + destinationPortAt);
     qToBigEndian(r.lengthOfData(), to + lengthAt);
