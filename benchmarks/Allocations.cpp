@@ -11,18 +11,6 @@ namespace mesk::benchmarks {
 
 namespace {
 
-template <typename Work>
-double allocationsPer(Work work)
-{
-    constexpr int rounds = 1000;
-    work(); // what is allocated once, at the first time, doesn't count
-    const std::uint64_t before = allocationCount();
-    for (int i = 0; i < rounds; ++i) {
-        work();
-    }
-    return static_cast<double>(allocationCount() - before) / rounds;
-}
-
 void print(const char* what, int bytes, double allocations)
 {
     std::printf("%-28s %6d bytes: %g allocations\n", what, bytes, allocations);

@@ -12,8 +12,12 @@ int main(int argc, char** argv)
                                                {"eventHandOver", "bareHandOver", 3},
                                                {"enabledLine", "textInStringStream", 1.3},
                                                {"walkAck/60", "walkAckByTins/60", 1.5},
+                                               {"walkAck/298", "walkAckByTins/298", 1.5},
+                                               {"walkDevice/298", "walkDeviceByTins/298", 2},
+                                               {"walkDhcp/332", "walkDhcpByTins/332", 2.5},
                                                {"buildAck/60", "buildAckByTins/60", 0.75},
                                                {"buildAck/298", "buildAckByTins/298", 0.75},
-                                               {"walkAck/298", "walkAckByTins/298", 1.5},
+                                               {"buildDevice/298", "buildDeviceByTins/298", 0.75},
+                                               {"buildDhcp/590", "buildDhcpByTins/590", 0.95},
                                            });
 }

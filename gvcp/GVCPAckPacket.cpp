@@ -2,14 +2,13 @@
 
 #include "gvcp/GVCPCommandPacket.h"
 #include "gvcp/GVCPPacket_p.h"
-#include "packets/ByteArrayHelpers.h"
 
 GVCPAckPacket::GVCPAckPacket(const QByteArray& bytes)
     : GVCPAckPacket(ByteSlice(bytes))
 {
 }
 
-GVCPAckPacket::GVCPAckPacket(ByteSlice bytes)
+GVCPAckPacket::GVCPAckPacket(ByteSlice&& bytes)
 {
     d->valid = D::isLengthRight(bytes);
     if (!d->valid)
@@ -72,9 +71,4 @@ QByteArray GVCPAckPacket::header() const
     QByteArray header(int(HeaderSize), Qt::Uninitialized);
     r.writeHeader(header.data(), r.statusOrFlags, quint16(payloadSize()));
     return header;
-}
-
-bool GVCPAckPacket::isAckPort(quint16 sourcePort, quint16 /*destinationPort*/)
-{
-    return sourcePort == Port;
 }

@@ -9,7 +9,7 @@ class GVCPCommandPacket;
 class GVCPAckPacket : public GVCPPacket {
 public:
     explicit GVCPAckPacket(const QByteArray& bytes);
-    explicit GVCPAckPacket(ByteSlice bytes);
+    explicit GVCPAckPacket(ByteSlice&& bytes);
     /// Answers @p command: its code plus 1, its request id. The command is not kept.
     /// @param payload see setPayload().
     GVCPAckPacket(quint16 status, const GVCPCommandPacket& command, const QByteArray& payload,
@@ -33,5 +33,5 @@ public:
     QByteArray header() const;
 
     /// True for a datagram from the port of GVCP.
-    static bool isAckPort(quint16 sourcePort, quint16 destinationPort);
+    static bool isAckPort(quint16 sourcePort, quint16 /*destinationPort*/) { return sourcePort == Port; }
 };

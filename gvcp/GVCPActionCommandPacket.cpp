@@ -12,7 +12,7 @@ GVCPActionCommandPacket::GVCPActionCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPActionCommandPacket::GVCPActionCommandPacket(ByteSlice bytes)
+GVCPActionCommandPacket::GVCPActionCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

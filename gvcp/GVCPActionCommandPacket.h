@@ -15,7 +15,7 @@
 class GVCPActionCommandPacket : public GVCPCommandPacket {
 public:
     explicit GVCPActionCommandPacket(const QByteArray& bytes);
-    explicit GVCPActionCommandPacket(ByteSlice bytes);
+    explicit GVCPActionCommandPacket(ByteSlice&& bytes);
     ~GVCPActionCommandPacket() override;
 
     quint32 deviceKey() const;

@@ -1,7 +1,6 @@
 #include "gvcp/GVCPCommandPacket.h"
 
 #include "gvcp/GVCPPacket_p.h"
-#include "packets/ByteArrayHelpers.h"
 
 GVCPCommandPacket::GVCPCommandPacket(quint8 flags, quint16 code, quint16 requestId, const QByteArray& payload,
                                      ByteOrder byteOrder)
@@ -17,7 +16,7 @@ GVCPCommandPacket::GVCPCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPCommandPacket::GVCPCommandPacket(ByteSlice bytes)
+GVCPCommandPacket::GVCPCommandPacket(ByteSlice&& bytes)
 {
     d->valid = D::isLengthRight(bytes) && readField<quint8>(bytes, D::keyAt) == KeyByte;
     if (!d->valid)
@@ -62,9 +61,4 @@ bool GVCPCommandPacket::hasFlag(quint8 mask) const
 void GVCPCommandPacket::setFlags(quint8 value)
 {
     d->statusOrFlags = value;
-}
-
-bool GVCPCommandPacket::isCommandPort(quint16 /*sourcePort*/, quint16 destinationPort)
-{
-    return destinationPort == Port;
 }

@@ -10,7 +10,7 @@ public:
     GVCPCommandPacket(quint8 flags, quint16 code, quint16 requestId, const QByteArray& payload,
                       ByteOrder byteOrder);
     explicit GVCPCommandPacket(const QByteArray& bytes);
-    explicit GVCPCommandPacket(ByteSlice bytes);
+    explicit GVCPCommandPacket(ByteSlice&& bytes);
 
     /// A new array; empty with the request id 0 and with a payload of 65,536 bytes. isValid() plays no part.
     QByteArray serialize() const override;
@@ -26,5 +26,8 @@ public:
     void setFlags(quint8 value);
 
     /// True for a datagram to the port of GVCP.
-    static bool isCommandPort(quint16 sourcePort, quint16 destinationPort);
+    static bool isCommandPort(quint16 /*sourcePort*/, quint16 destinationPort)
+    {
+        return destinationPort == Port;
+    }
 };

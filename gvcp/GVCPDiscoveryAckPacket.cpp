@@ -1,11 +1,16 @@
 #include "gvcp/GVCPDiscoveryAckPacket.h"
 
 #include "gvcp/GVCPMessageCode.h"
+#include "gvcp/GVCPPacket_p.h"
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <optional>
+#include <type_traits>
+#include <utility>
 
 namespace {
 constexpr int versionMajorAt = 0, versionMinorAt = versionMajorAt + 2, deviceModeAt = versionMinorAt + 2,
@@ -15,6 +20,19 @@ constexpr int versionMajorAt = 0, versionMinorAt = versionMajorAt + 2, deviceMod
               textsAt = defaultGatewayAt + 4;
 static_assert(textsAt == 72, "GigE Vision: texts of a discovery acknowledge");
 
+enum TextIndex { ManufacturerName, ModelName, DeviceVersion, ManufacturerInfo, SerialNumber, UserName };
+constexpr int textWidthMax = 48;
+constexpr char zeros[textWidthMax] = {};
+struct TextPlace {
+    int at;
+    int width;
+};
+// By index.
+constexpr std::array<TextPlace, 6> textPlaces{
+    {{textsAt, 32}, {104, 32}, {136, 32}, {168, textWidthMax}, {216, 16}, {232, 16}}};
+static_assert(textPlaces.back().at + textPlaces.back().width == int(GVCPDiscoveryAckPacket::blockSizeBytes),
+              "GigE Vision: 248 bytes");
+
 struct DeviceFields {
     quint16 specVersionMajor = 0;
     quint16 specVersionMinor = 0;
@@ -22,64 +40,42 @@ struct DeviceFields {
     MacAddress macAddress;
     quint32 ipConfigOptions = 0;
     quint32 ipConfigCurrent = 0;
-    IpAddress currentIp;
+    quint32 currentIp = 0;
     quint32 subnetMask = 0;
-    IpAddress defaultGateway;
-    QByteArray manufacturerName;
-    QByteArray modelName;
-    QByteArray deviceVersion;
-    QByteArray manufacturerInfo;
-    QByteArray serialNumber;
-    QByteArray userName;
+    quint32 defaultGateway = 0;
+    std::array<QByteArray, textPlaces.size()> texts;
 };
 
-struct TextField {
-    QByteArray DeviceFields::*text;
-    int width;
-};
-
-// In the order of the block, without gaps.
-constexpr std::array<TextField, 6> textFields{{{&DeviceFields::manufacturerName, 32},
-                                               {&DeviceFields::modelName, 32},
-                                               {&DeviceFields::deviceVersion, 32},
-                                               {&DeviceFields::manufacturerInfo, 48},
-                                               {&DeviceFields::serialNumber, 16},
-                                               {&DeviceFields::userName, 16}}};
-
-template <typename T>
-T readNumber(const ByteSlice& block, int at, ByteOrder byteOrder)
+// What stands in front of the zeros that fill up the field. With anything else behind its first zero it is no
+// text filled up with zeros, and then the field itself.
+QByteArray readText(const ByteSlice& block, const TextPlace& place)
 {
-    const auto value = readField<T>(block, at);
-    return byteOrder == NetworkOrder ? value : qToBigEndian(value);
-}
-
-// Of the field from begin to end: what stands in front of the zeros that fill it up. With anything else
-// behind its first zero it is no text filled up with zeros, and then the field itself.
-QByteArray readText(const char* begin, const char* end)
-{
-    const char* const zero = std::find(begin, end, '\0');
-    const bool isClean = std::all_of(zero, end, [](char each) { return each == '\0'; });
-    return QByteArray(begin, int((isClean ? zero : end) - begin));
+    const int width = std::min(place.width, block.size() - place.at);
+    if (width <= 0)
+        return {};
+    const char* const text = block.constData() + place.at;
+    const auto* const zero = static_cast<const char*>(std::memchr(text, '\0', std::size_t(width)));
+    const bool isClean = zero != nullptr && std::memcmp(zero, zeros, std::size_t(text + width - zero)) == 0;
+    return QByteArray(text, isClean ? int(zero - text) : width);
 }
 
 void readBlock(DeviceFields& fields, const ByteSlice& block, ByteOrder byteOrder)
 {
-    fields.specVersionMajor = readNumber<quint16>(block, versionMajorAt, byteOrder);
-    fields.specVersionMinor = readNumber<quint16>(block, versionMinorAt, byteOrder);
-    fields.deviceMode = readNumber<quint32>(block, deviceModeAt, byteOrder);
+    const auto read = [&block, byteOrder](auto& number, int at) {
+        const auto value = readField<std::remove_reference_t<decltype(number)>>(block, at);
+        number = byteOrder == NetworkOrder ? value : qToBigEndian(value);
+    };
+    read(fields.specVersionMajor, versionMajorAt);
+    read(fields.specVersionMinor, versionMinorAt);
+    read(fields.deviceMode, deviceModeAt);
     fields.macAddress = readMacAddress(block, macAddressAt);
-    fields.ipConfigOptions = readNumber<quint32>(block, configOptionsAt, byteOrder);
-    fields.ipConfigCurrent = readNumber<quint32>(block, configCurrentAt, byteOrder);
-    fields.currentIp = IpAddress(readNumber<quint32>(block, currentIpAt, byteOrder));
-    fields.subnetMask = readNumber<quint32>(block, subnetMaskAt, byteOrder);
-    fields.defaultGateway = IpAddress(readNumber<quint32>(block, defaultGatewayAt, byteOrder));
-    int at = textsAt;
-    for (const TextField& each : textFields) {
-        const char* const bytes = block.constData();
-        const int end = std::min(at + each.width, block.size());
-        fields.*each.text = at < end ? readText(bytes + at, bytes + end) : QByteArray();
-        at += each.width;
-    }
+    read(fields.ipConfigOptions, configOptionsAt);
+    read(fields.ipConfigCurrent, configCurrentAt);
+    read(fields.currentIp, currentIpAt);
+    read(fields.subnetMask, subnetMaskAt);
+    read(fields.defaultGateway, defaultGatewayAt);
+    for (std::size_t index = 0; index < textPlaces.size(); ++index)
+        fields.texts[index] = readText(block, textPlaces[index]);
 }
 
 // To zeros. Not inlined: GCC 12 would take the array for Qt's empty one and warn of writes behind it.
@@ -91,36 +87,42 @@ void readBlock(DeviceFields& fields, const ByteSlice& block, ByteOrder byteOrder
     std::memcpy(to + macAddressAt, fields.macAddress.constData(), MacAddress::sizeBytes);
     qToBigEndian(fields.ipConfigOptions, to + configOptionsAt);
     qToBigEndian(fields.ipConfigCurrent, to + configCurrentAt);
-    qToBigEndian(fields.currentIp.toUInt32(), to + currentIpAt);
+    qToBigEndian(fields.currentIp, to + currentIpAt);
     qToBigEndian(fields.subnetMask, to + subnetMaskAt);
-    qToBigEndian(fields.defaultGateway.toUInt32(), to + defaultGatewayAt);
-    to += textsAt;
-    for (const TextField& each : textFields) {
-        const QByteArray& text = fields.*each.text;
-        std::copy_n(text.begin(), std::min(text.size(), each.width - 1), to);
-        to += each.width;
+    qToBigEndian(fields.defaultGateway, to + defaultGatewayAt);
+    for (std::size_t index = 0; index < textPlaces.size(); ++index) {
+        const auto [at, width] = textPlaces[index];
+        const QByteArray& text = fields.texts[index];
+        std::copy_n(text.begin(), std::min(text.size(), width - 1), to + at);
     }
 }
 } // namespace
 
 struct GVCPDiscoveryAckPacket::D {
-    /// The fields, once whatever was received is read.
+    ByteSlice received;              // a block, where the fields are read
+    std::optional<DeviceFields> own; // in their place, once they are changed or written
+
     DeviceFields& fields()
     {
-        if (unread.size() > 0) {
-            readBlock(read, unread, NetworkOrder);
-            unread = ByteSlice();
-        }
-        return read;
+        if (!own)
+            readBlock(own.emplace(), received, NetworkOrder);
+        return *own;
     }
-
-    DeviceFields read;
-    ByteSlice unread; // a received block, as long as no field of it was asked for
+    template <typename Number>
+    Number number(Number DeviceFields::*field, int at) const
+    {
+        return own ? (*own).*field : readField<Number>(received, at);
+    }
+    QByteArray text(std::size_t index) const
+    {
+        return own ? own->texts[index] : readText(received, textPlaces[index]);
+    }
 };
 
 GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(quint16 status, quint16 ackId)
     : GVCPAckPacket(status, GVCPMessageCode::DiscoveryAck, ackId, {}, NetworkOrder)
 {
+    d->own.emplace();
 }
 
 GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(const QByteArray& bytes)
@@ -128,13 +130,13 @@ GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(const QByteArray& bytes)
 {
 }
 
-GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(ByteSlice bytes)
-    : GVCPAckPacket(bytes)
+GVCPDiscoveryAckPacket::GVCPDiscoveryAckPacket(ByteSlice&& bytes)
+    : GVCPAckPacket(ByteSlice(bytes))
 {
-    ByteSlice block = std::move(bytes).mid(int(HeaderSize));
+    bytes.narrow(int(HeaderSize));
     // The rule of isPayloadValid(): no text is held yet.
-    if (block.size() <= payloadSizeMaxBytes)
-        d->unread = std::move(block);
+    if (bytes.size() <= payloadSizeMaxBytes)
+        d->received = std::move(bytes);
 }
 
 GVCPDiscoveryAckPacket::~GVCPDiscoveryAckPacket() = default;
@@ -146,7 +148,10 @@ quint32 GVCPDiscoveryAckPacket::payloadSize() const
 
 QByteArray GVCPDiscoveryAckPacket::serialize() const
 {
-    return header() + payload();
+    QByteArray message(int(HeaderSize + blockSizeBytes), '\0');
+    GVCPPacket::d->writeHeader(message.data(), status(), quint16(payloadSize()));
+    writeBlock(d->fields(), message.data() + HeaderSize);
+    return message;
 }
 
 QByteArray GVCPDiscoveryAckPacket::payload() const
@@ -158,11 +163,10 @@ QByteArray GVCPDiscoveryAckPacket::payload() const
 
 bool GVCPDiscoveryAckPacket::isPayloadValid(const QByteArray& bytes) const
 {
-    const DeviceFields& fields = d->fields();
+    const auto& texts = d->fields().texts;
     return GVCPAckPacket::isPayloadValid(bytes) &&
-           std::all_of(textFields.begin(), textFields.end(), [&fields](const TextField& each) {
-               return (fields.*each.text).size() <= textSizeMaxBytes;
-           });
+           std::all_of(texts.begin(), texts.end(),
+                       [](const QByteArray& each) { return each.size() <= textSizeMaxBytes; });
 }
 
 void GVCPDiscoveryAckPacket::parse(const QByteArray& block, ByteOrder byteOrder)
@@ -173,7 +177,7 @@ void GVCPDiscoveryAckPacket::parse(const QByteArray& block, ByteOrder byteOrder)
 
 quint16 GVCPDiscoveryAckPacket::specVersionMajor() const
 {
-    return d->fields().specVersionMajor;
+    return d->number(&DeviceFields::specVersionMajor, versionMajorAt);
 }
 
 void GVCPDiscoveryAckPacket::setSpecVersionMajor(quint16 version)
@@ -183,7 +187,7 @@ void GVCPDiscoveryAckPacket::setSpecVersionMajor(quint16 version)
 
 quint16 GVCPDiscoveryAckPacket::specVersionMinor() const
 {
-    return d->fields().specVersionMinor;
+    return d->number(&DeviceFields::specVersionMinor, versionMinorAt);
 }
 
 void GVCPDiscoveryAckPacket::setSpecVersionMinor(quint16 version)
@@ -193,7 +197,7 @@ void GVCPDiscoveryAckPacket::setSpecVersionMinor(quint16 version)
 
 quint32 GVCPDiscoveryAckPacket::deviceMode() const
 {
-    return d->fields().deviceMode;
+    return d->number(&DeviceFields::deviceMode, deviceModeAt);
 }
 
 void GVCPDiscoveryAckPacket::setDeviceMode(quint32 mode)
@@ -203,7 +207,7 @@ void GVCPDiscoveryAckPacket::setDeviceMode(quint32 mode)
 
 MacAddress GVCPDiscoveryAckPacket::macAddress() const
 {
-    return d->fields().macAddress;
+    return d->own ? d->own->macAddress : readMacAddress(d->received, macAddressAt);
 }
 
 void GVCPDiscoveryAckPacket::setMacAddress(MacAddress address)
@@ -213,7 +217,7 @@ void GVCPDiscoveryAckPacket::setMacAddress(MacAddress address)
 
 quint32 GVCPDiscoveryAckPacket::ipConfigOptions() const
 {
-    return d->fields().ipConfigOptions;
+    return d->number(&DeviceFields::ipConfigOptions, configOptionsAt);
 }
 
 void GVCPDiscoveryAckPacket::setIpConfigOptions(quint32 options)
@@ -223,7 +227,7 @@ void GVCPDiscoveryAckPacket::setIpConfigOptions(quint32 options)
 
 quint32 GVCPDiscoveryAckPacket::ipConfigCurrent() const
 {
-    return d->fields().ipConfigCurrent;
+    return d->number(&DeviceFields::ipConfigCurrent, configCurrentAt);
 }
 
 void GVCPDiscoveryAckPacket::setIpConfigCurrent(quint32 options)
@@ -233,17 +237,17 @@ void GVCPDiscoveryAckPacket::setIpConfigCurrent(quint32 options)
 
 IpAddress GVCPDiscoveryAckPacket::currentIp() const
 {
-    return d->fields().currentIp;
+    return IpAddress(d->number(&DeviceFields::currentIp, currentIpAt));
 }
 
 void GVCPDiscoveryAckPacket::setCurrentIp(IpAddress address)
 {
-    d->fields().currentIp = address;
+    d->fields().currentIp = address.toUInt32();
 }
 
 quint32 GVCPDiscoveryAckPacket::subnetMask() const
 {
-    return d->fields().subnetMask;
+    return d->number(&DeviceFields::subnetMask, subnetMaskAt);
 }
 
 void GVCPDiscoveryAckPacket::setSubnetMask(quint32 mask)
@@ -253,70 +257,70 @@ void GVCPDiscoveryAckPacket::setSubnetMask(quint32 mask)
 
 IpAddress GVCPDiscoveryAckPacket::defaultGateway() const
 {
-    return d->fields().defaultGateway;
+    return IpAddress(d->number(&DeviceFields::defaultGateway, defaultGatewayAt));
 }
 
 void GVCPDiscoveryAckPacket::setDefaultGateway(IpAddress address)
 {
-    d->fields().defaultGateway = address;
+    d->fields().defaultGateway = address.toUInt32();
 }
 
 QByteArray GVCPDiscoveryAckPacket::manufacturerName() const
 {
-    return d->fields().manufacturerName;
+    return d->text(ManufacturerName);
 }
 
 void GVCPDiscoveryAckPacket::setManufacturerName(const QByteArray& text)
 {
-    d->fields().manufacturerName = text;
+    d->fields().texts[ManufacturerName] = text;
 }
 
 QByteArray GVCPDiscoveryAckPacket::modelName() const
 {
-    return d->fields().modelName;
+    return d->text(ModelName);
 }
 
 void GVCPDiscoveryAckPacket::setModelName(const QByteArray& text)
 {
-    d->fields().modelName = text;
+    d->fields().texts[ModelName] = text;
 }
 
 QByteArray GVCPDiscoveryAckPacket::deviceVersion() const
 {
-    return d->fields().deviceVersion;
+    return d->text(DeviceVersion);
 }
 
 void GVCPDiscoveryAckPacket::setDeviceVersion(const QByteArray& text)
 {
-    d->fields().deviceVersion = text;
+    d->fields().texts[DeviceVersion] = text;
 }
 
 QByteArray GVCPDiscoveryAckPacket::manufacturerInfo() const
 {
-    return d->fields().manufacturerInfo;
+    return d->text(ManufacturerInfo);
 }
 
 void GVCPDiscoveryAckPacket::setManufacturerInfo(const QByteArray& text)
 {
-    d->fields().manufacturerInfo = text;
+    d->fields().texts[ManufacturerInfo] = text;
 }
 
 QByteArray GVCPDiscoveryAckPacket::serialNumber() const
 {
-    return d->fields().serialNumber;
+    return d->text(SerialNumber);
 }
 
 void GVCPDiscoveryAckPacket::setSerialNumber(const QByteArray& text)
 {
-    d->fields().serialNumber = text;
+    d->fields().texts[SerialNumber] = text;
 }
 
 QByteArray GVCPDiscoveryAckPacket::userName() const
 {
-    return d->fields().userName;
+    return d->text(UserName);
 }
 
 void GVCPDiscoveryAckPacket::setUserName(const QByteArray& text)
 {
-    d->fields().userName = text;
+    d->fields().texts[UserName] = text;
 }

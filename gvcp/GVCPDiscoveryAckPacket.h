@@ -45,12 +45,12 @@ public:
 
     GVCPDiscoveryAckPacket(quint16 status, quint16 ackId);
     explicit GVCPDiscoveryAckPacket(const QByteArray& bytes);
-    explicit GVCPDiscoveryAckPacket(ByteSlice bytes);
+    explicit GVCPDiscoveryAckPacket(ByteSlice&& bytes);
     ~GVCPDiscoveryAckPacket() override;
 
     /// 248, whatever was received.
     quint32 payloadSize() const override;
-    /// header() and payload(), also with the acknowledge id 0.
+    /// A new array of header() and payload(), also with the acknowledge id 0.
     QByteArray serialize() const override;
     /// A new block.
     QByteArray payload() const override;
@@ -97,5 +97,5 @@ public:
 
 private:
     struct D;
-    PlacedRecord<D, 104> d; // beside that of the base, which is not used here
+    PlacedRecord<D, 112> d; // beside that of the base, which is not used here
 };

@@ -9,7 +9,7 @@ GVCPEventCommandPacket::GVCPEventCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPEventCommandPacket::GVCPEventCommandPacket(ByteSlice bytes)
+GVCPEventCommandPacket::GVCPEventCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

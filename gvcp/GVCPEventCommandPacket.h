@@ -18,7 +18,7 @@
 class GVCPEventCommandPacket : public GVCPCommandPacket {
 public:
     explicit GVCPEventCommandPacket(const QByteArray& bytes);
-    explicit GVCPEventCommandPacket(ByteSlice bytes);
+    explicit GVCPEventCommandPacket(ByteSlice&& bytes);
     ~GVCPEventCommandPacket() override;
 
     /// Whole records in the payload.

@@ -9,7 +9,7 @@ GVCPEventDataCommandPacket::GVCPEventDataCommandPacket(const QByteArray& bytes)
 {
 }
 
-GVCPEventDataCommandPacket::GVCPEventDataCommandPacket(ByteSlice bytes)
+GVCPEventDataCommandPacket::GVCPEventDataCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

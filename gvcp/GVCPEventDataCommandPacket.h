@@ -20,7 +20,7 @@
 class GVCPEventDataCommandPacket : public GVCPCommandPacket {
 public:
     explicit GVCPEventDataCommandPacket(const QByteArray& bytes);
-    explicit GVCPEventDataCommandPacket(ByteSlice bytes);
+    explicit GVCPEventDataCommandPacket(ByteSlice&& bytes);
     ~GVCPEventDataCommandPacket() override;
 
     quint16 eventId() const;

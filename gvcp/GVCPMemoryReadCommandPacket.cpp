@@ -23,7 +23,7 @@ GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(const QByteArray& bytes
 {
 }
 
-GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(ByteSlice bytes)
+GVCPMemoryReadCommandPacket::GVCPMemoryReadCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

@@ -17,7 +17,7 @@ class GVCPMemoryReadCommandPacket : public GVCPCommandPacket {
 public:
     GVCPMemoryReadCommandPacket(quint16 requestId, quint32 address, quint16 count, bool ackRequired);
     explicit GVCPMemoryReadCommandPacket(const QByteArray& bytes);
-    explicit GVCPMemoryReadCommandPacket(ByteSlice bytes);
+    explicit GVCPMemoryReadCommandPacket(ByteSlice&& bytes);
     ~GVCPMemoryReadCommandPacket() override;
 
     quint32 address() const;

@@ -23,7 +23,7 @@ GVCPMemoryWriteCommandPacket::GVCPMemoryWriteCommandPacket(const QByteArray& byt
 {
 }
 
-GVCPMemoryWriteCommandPacket::GVCPMemoryWriteCommandPacket(ByteSlice bytes)
+GVCPMemoryWriteCommandPacket::GVCPMemoryWriteCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

@@ -16,7 +16,7 @@ class GVCPMemoryWriteCommandPacket : public GVCPCommandPacket {
 public:
     GVCPMemoryWriteCommandPacket(quint16 requestId, quint32 address, const QByteArray& data);
     explicit GVCPMemoryWriteCommandPacket(const QByteArray& bytes);
-    explicit GVCPMemoryWriteCommandPacket(ByteSlice bytes);
+    explicit GVCPMemoryWriteCommandPacket(ByteSlice&& bytes);
     ~GVCPMemoryWriteCommandPacket() override;
 
     quint32 address() const;

@@ -7,20 +7,6 @@
 #include "gvcp/GVCPMessageCode.h"
 #include "gvcp/GVCPRegisterReadCommandPacket.h"
 #include "gvcp/GVCPRegisterWriteCommandPacket.h"
-#include "packets/ByteArrayHelpers.h"
-
-bool GVCPPacket::D::isLengthRight(const ByteSlice& bytes)
-{
-    return int(readField<quint16>(bytes, lengthAt)) == bytes.size() - payloadAt;
-}
-
-void GVCPPacket::D::parse(ByteSlice bytes)
-{
-    code = readField<quint16>(bytes, codeAt);
-    requestId = readField<quint16>(bytes, idAt);
-    payload = std::move(bytes).mid(payloadAt);
-    valid = requestId != 0;
-}
 
 bool GVCPPacket::D::isSendable() const
 {
@@ -48,7 +34,7 @@ GVCPPacket* GVCPPacket::create(const QByteArray& bytes)
     return create(ByteSlice(bytes));
 }
 
-GVCPPacket* GVCPPacket::create(ByteSlice bytes)
+GVCPPacket* GVCPPacket::create(ByteSlice&& bytes)
 {
     if (bytes.size() < int(HeaderSize))
         return nullptr;

@@ -38,7 +38,7 @@ public:
     /// or an acknowledge.
     [[nodiscard]] static GVCPPacket* create(const QByteArray& bytes);
     /// The same from a part of an array, without a copy of that part.
-    [[nodiscard]] static GVCPPacket* create(ByteSlice bytes);
+    [[nodiscard]] static GVCPPacket* create(ByteSlice&& bytes);
 
     GVCPPacket(const GVCPPacket&) = delete;
     GVCPPacket& operator=(const GVCPPacket&) = delete;

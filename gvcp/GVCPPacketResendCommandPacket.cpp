@@ -15,7 +15,7 @@ GVCPPacketResendCommandPacket::GVCPPacketResendCommandPacket(const QByteArray& b
 {
 }
 
-GVCPPacketResendCommandPacket::GVCPPacketResendCommandPacket(ByteSlice bytes)
+GVCPPacketResendCommandPacket::GVCPPacketResendCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

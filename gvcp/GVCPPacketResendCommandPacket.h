@@ -17,7 +17,7 @@
 class GVCPPacketResendCommandPacket : public GVCPCommandPacket {
 public:
     explicit GVCPPacketResendCommandPacket(const QByteArray& bytes);
-    explicit GVCPPacketResendCommandPacket(ByteSlice bytes);
+    explicit GVCPPacketResendCommandPacket(ByteSlice&& bytes);
     ~GVCPPacketResendCommandPacket() override;
 
     quint16 streamChannelIndex() const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gvcp/GVCPPacket.h"
+#include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
 /// Record of a GVCP packet, for the classes of commands and acknowledges.
@@ -16,9 +17,19 @@ struct GVCPPacket::D {
     ByteSlice payload;
 
     /// Whether the length field is the size of what follows the header.
-    static bool isLengthRight(const ByteSlice& bytes);
+    static bool isLengthRight(const ByteSlice& bytes)
+    {
+        return int(readField<quint16>(bytes, lengthAt)) == bytes.size() - payloadAt;
+    }
     /// Takes code, id and payload from bytes whose length is right.
-    void parse(ByteSlice bytes);
+    void parse(ByteSlice&& bytes)
+    {
+        code = readField<quint16>(bytes, codeAt);
+        requestId = readField<quint16>(bytes, idAt);
+        payload = std::move(bytes);
+        payload.narrow(payloadAt);
+        valid = requestId != 0;
+    }
     /// False for the id 0 and for a payload that the length field can't tell.
     bool isSendable() const;
     /// A new array of the header and the payload.

@@ -21,7 +21,7 @@ GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(const QByteArray& b
 {
 }
 
-GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(ByteSlice bytes)
+GVCPRegisterReadCommandPacket::GVCPRegisterReadCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

@@ -14,7 +14,7 @@ class GVCPRegisterReadCommandPacket : public GVCPCommandPacket {
 public:
     GVCPRegisterReadCommandPacket(quint16 requestId, quint32 address, bool ackRequired);
     explicit GVCPRegisterReadCommandPacket(const QByteArray& bytes);
-    explicit GVCPRegisterReadCommandPacket(ByteSlice bytes);
+    explicit GVCPRegisterReadCommandPacket(ByteSlice&& bytes);
     ~GVCPRegisterReadCommandPacket() override;
 
     /// Whole addresses in the payload.

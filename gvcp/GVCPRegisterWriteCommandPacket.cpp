@@ -21,7 +21,7 @@ GVCPRegisterWriteCommandPacket::GVCPRegisterWriteCommandPacket(const QByteArray&
 {
 }
 
-GVCPRegisterWriteCommandPacket::GVCPRegisterWriteCommandPacket(ByteSlice bytes)
+GVCPRegisterWriteCommandPacket::GVCPRegisterWriteCommandPacket(ByteSlice&& bytes)
     : GVCPCommandPacket(std::move(bytes))
 {
 }

@@ -16,7 +16,7 @@ public:
     /// @param byteOrder see setValue().
     GVCPRegisterWriteCommandPacket(quint16 requestId, quint32 address, quint32 value, ByteOrder byteOrder);
     explicit GVCPRegisterWriteCommandPacket(const QByteArray& bytes);
-    explicit GVCPRegisterWriteCommandPacket(ByteSlice bytes);
+    explicit GVCPRegisterWriteCommandPacket(ByteSlice&& bytes);
     ~GVCPRegisterWriteCommandPacket() override;
 
     /// Whole pairs of address and value in the payload.

@@ -20,11 +20,16 @@ public:
     const char* constData() const noexcept { return m_array.constData() + m_at; }
     int size() const noexcept { return m_size; }
 
-    /// The bytes from @p at on, at most @p size of them; all to the end if @p size is negative.
+    /// Leaves the bytes from @p at on, at most @p size of them; all to the end if @p size is negative.
     /// @param at not negative; behind the end nothing is left.
-    ByteSlice mid(int at, int size = -1) const& { return ByteSlice(*this).mid(at, size); }
-    /// The same of a slice that is given up: its share of the array goes on to the part.
-    ByteSlice mid(int at, int size = -1) &&;
+    void narrow(int at, int size = -1);
+    /// A further slice of these bytes, narrowed so.
+    ByteSlice mid(int at, int size = -1) const
+    {
+        ByteSlice part = *this;
+        part.narrow(at, size);
+        return part;
+    }
     /// The bytes as an array of their own, made when it is first asked for. The reference is good while the
     /// slice lives.
     const QByteArray& array() const;
@@ -39,16 +44,17 @@ private:
     int m_size = 0;
 };
 
-inline ByteSlice ByteSlice::mid(int at, int size) &&
+inline void ByteSlice::narrow(int at, int size)
 {
     const int rest = std::max(m_size - at, 0);
     const int taken = size < 0 ? rest : std::min(size, rest);
-    if (taken == 0)
-        return {};
-    // A part of borrowed memory is copied, as QByteArray::mid does it: a packet may outlive that memory.
-    if (taken < m_size && borrowsItsMemory())
-        return ByteSlice(QByteArray(constData() + at, taken));
-    m_at += at;
-    m_size = taken;
-    return std::move(*this);
+    if (taken == 0) {
+        *this = ByteSlice();
+    } else if (taken < m_size && borrowsItsMemory()) {
+        // Copied, as QByteArray::mid does it: a packet may outlive that memory.
+        *this = ByteSlice(QByteArray(constData() + at, taken));
+    } else {
+        m_at += at;
+        m_size = taken;
+    }
 }

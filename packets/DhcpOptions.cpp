@@ -20,13 +20,12 @@ auto placeOf(Options& options, quint8 code)
 }
 } // namespace
 
-void DhcpOptions::read(const char* area, ByteSlice received)
+void DhcpOptions::read(const char* area, ByteSlice&& received)
 {
     // Some senders leave the area empty; what follows a pad in front isn't looked for.
     if (quint8(*area) == padCode)
         return;
     m_received = std::move(received);
-    m_options.reserve(usualCount);
     for (int at = 0; at <= lastPlace;) {
         const auto code = quint8(area[at]);
         if (code == endCode)
@@ -96,6 +95,7 @@ const DhcpOptions::Option* DhcpOptions::option(quint8 code) const
 
 void DhcpOptions::put(Option&& option)
 {
+    m_options.reserve(usualCount);
     const auto place = placeOf(m_options, option.code);
     if (place != m_options.end() && place->code == option.code)
         *place = std::move(option);

@@ -18,7 +18,7 @@ public:
     /// Reads an option area into this empty object.
     /// @param area areaSizeBytes bytes: the received ones and zeros behind them.
     /// @param received the received ones.
-    void read(const char* area, ByteSlice received);
+    void read(const char* area, ByteSlice&& received);
 
     bool has(quint8 code) const;
     /// Empty if there is no such option.

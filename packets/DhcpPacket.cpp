@@ -42,7 +42,7 @@ struct DhcpPacket::D {
     DhcpOptions options;
 
     D();
-    explicit D(ByteSlice bytes);
+    explicit D(ByteSlice&& bytes);
 
     char* at(int place) { return &message[std::size_t(place)]; }
     const char* at(int place) const { return &message[std::size_t(place)]; }
@@ -65,12 +65,13 @@ DhcpPacket::D::D()
     qToBigEndian(magicCookie, at(magicAt));
 }
 
-DhcpPacket::D::D(ByteSlice bytes)
+DhcpPacket::D::D(ByteSlice&& bytes)
 {
     const auto taken = std::min(std::size_t(bytes.size()), message.size());
     std::memcpy(message.data(), bytes.constData(), taken);
     std::memset(message.data() + taken, 0, message.size() - taken);
-    options.read(at(optionsAt), std::move(bytes).mid(optionsAt, DhcpOptions::areaSizeBytes));
+    bytes.narrow(optionsAt, DhcpOptions::areaSizeBytes);
+    options.read(at(optionsAt), std::move(bytes));
 }
 
 void DhcpPacket::D::setUpAnswer(const D& received, MessageType type, quint32 xid)
@@ -89,7 +90,7 @@ DhcpPacket::DhcpPacket(const QByteArray& bytes)
 {
 }
 
-DhcpPacket::DhcpPacket(ByteSlice bytes)
+DhcpPacket::DhcpPacket(ByteSlice&& bytes)
     : d(std::move(bytes))
 {
 }

@@ -45,7 +45,7 @@ public:
     /// doesn't fit the area; none if the area starts with a pad. Of a code that comes twice the last one
     /// counts.
     explicit DhcpPacket(const QByteArray& bytes);
-    explicit DhcpPacket(ByteSlice bytes);
+    explicit DhcpPacket(ByteSlice&& bytes);
     DhcpPacket(const DhcpPacket& other);
     /// @param other is a DhcpPacket; another class gives a new message.
     explicit DhcpPacket(const ApplicationPacket& other);

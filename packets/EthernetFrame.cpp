@@ -179,7 +179,9 @@ InternetPacket* EthernetFrame::internetPacket() const
     const D& r = *d;
     if (r.child != nullptr)
         return InternetPacket::copyOf(*r.child);
-    return InternetPacket::create(r.etherType, ByteSlice(r.raw).mid(int(r.headerSize)));
+    ByteSlice payload(r.raw);
+    payload.narrow(int(r.headerSize));
+    return InternetPacket::create(r.etherType, std::move(payload));
 }
 
 EthernetFrame* EthernetFrame::clone(bool withCrc, quint32 xorMask) const

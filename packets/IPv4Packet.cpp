@@ -31,7 +31,7 @@ struct IPv4Packet::D {
     IpAddress source;
     IpAddress destination;
 
-    void parse(ByteSlice bytes);
+    void parse(ByteSlice&& bytes);
     void copyFrom(const D& other);
     bool writeHeader();
     ByteSlice payload() const
@@ -40,7 +40,7 @@ struct IPv4Packet::D {
     }
 };
 
-void IPv4Packet::D::parse(ByteSlice bytes)
+void IPv4Packet::D::parse(ByteSlice&& bytes)
 {
     protocol = readField<quint8>(bytes, protocolAt);
     source = IpAddress(readField<quint32>(bytes, sourceAt));
@@ -49,7 +49,8 @@ void IPv4Packet::D::parse(ByteSlice bytes)
     if (headerSize < headerSizeBytes)
         return;
     totalLength = readField<quint16>(bytes, totalLengthAt);
-    data = std::move(bytes).mid(headerSize, totalLength - headerSize);
+    bytes.narrow(headerSize, totalLength - headerSize);
+    data = std::move(bytes);
 }
 
 // All but the header image: it belongs to the serialisations of its own packet.
@@ -99,7 +100,7 @@ IPv4Packet::IPv4Packet(const QByteArray& bytes)
 {
 }
 
-IPv4Packet::IPv4Packet(ByteSlice bytes)
+IPv4Packet::IPv4Packet(ByteSlice&& bytes)
 {
     d->parse(std::move(bytes));
 }

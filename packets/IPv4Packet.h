@@ -41,7 +41,7 @@ public:
     /// all the bytes, a header size below 20 for none. Version, checksum and fragment fields are not looked
     /// at.
     explicit IPv4Packet(const QByteArray& bytes);
-    explicit IPv4Packet(ByteSlice bytes);
+    explicit IPv4Packet(ByteSlice&& bytes);
     /// The copy shares the child, which neither owns.
     IPv4Packet(const IPv4Packet& other);
     /// @param other is an IPv4Packet; another class gives an empty packet without addresses.

@@ -18,19 +18,20 @@ struct IcmpPacket::D {
     bool checksumDirty = true;
 
     D() = default;
-    D(quint8 typeByte, quint8 codeByte, ByteSlice bytes)
+    D(quint8 typeByte, quint8 codeByte, ByteSlice&& bytes)
         : type(typeByte)
         , code(codeByte)
         , data(std::move(bytes))
     {
     }
-    explicit D(ByteSlice message)
+    explicit D(ByteSlice&& message)
         : type(readField<quint8>(message, typeAt))
         , code(readField<quint8>(message, codeAt))
         , checksum(readField<quint16>(message, checksumAt))
-        , data(std::move(message).mid(dataAt))
+        , data(std::move(message))
         , checksumDirty(false)
     {
+        data.narrow(dataAt);
     }
 
     void updateChecksum();
@@ -55,7 +56,7 @@ IcmpPacket::IcmpPacket(const QByteArray& bytes)
 {
 }
 
-IcmpPacket::IcmpPacket(ByteSlice bytes)
+IcmpPacket::IcmpPacket(ByteSlice&& bytes)
     : d(std::move(bytes))
 {
 }

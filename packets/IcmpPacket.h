@@ -1,7 +1,7 @@
 #pragma once
 
-#include "packets/TransportPacket.h"
 #include "packets/PlacedRecord.h"
+#include "packets/TransportPacket.h"
 
 /// ICMP message (RFC 792).
 ///
@@ -22,7 +22,7 @@ public:
     IcmpPacket(quint8 type, quint8 code, const QByteArray& data);
     /// Parses @p bytes to their end. The checksum is kept and goes out again as it came, right or wrong.
     explicit IcmpPacket(const QByteArray& bytes);
-    explicit IcmpPacket(ByteSlice bytes);
+    explicit IcmpPacket(ByteSlice&& bytes);
     IcmpPacket(const IcmpPacket& other);
     /// @param other is an IcmpPacket; another class gives the message 0, 0 without data.
     explicit IcmpPacket(const TransportPacket& other);

@@ -23,7 +23,7 @@ InternetPacket* InternetPacket::create(const quint16& etherType, const QByteArra
     return create(etherType, ByteSlice(bytes));
 }
 
-InternetPacket* InternetPacket::create(const quint16& etherType, ByteSlice bytes)
+InternetPacket* InternetPacket::create(const quint16& etherType, ByteSlice&& bytes)
 {
     switch (etherType) {
     case IPv4Packet::EtherType:

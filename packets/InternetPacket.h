@@ -31,7 +31,7 @@ public:
     /// ARP.
     [[nodiscard]] static InternetPacket* create(const quint16& etherType, const QByteArray& bytes);
     /// The same from a part of an array, without a copy of that part.
-    [[nodiscard]] static InternetPacket* create(const quint16& etherType, ByteSlice bytes);
+    [[nodiscard]] static InternetPacket* create(const quint16& etherType, ByteSlice&& bytes);
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a class other
     /// than IPv4Packet and ArpPacket.
     [[nodiscard]] static InternetPacket* copyOf(const InternetPacket& packet);

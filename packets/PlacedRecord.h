@@ -15,7 +15,8 @@ public:
     explicit PlacedRecord(Arguments&&... arguments)
         : m_record(new (m_place) Record(std::forward<Arguments>(arguments)...))
     {
-        static_assert(sizeof(Record) <= sizeBytes && alignof(Record) <= alignment, "the record fits its place");
+        static_assert(sizeof(Record) <= sizeBytes && alignof(Record) <= alignment,
+                      "the record fits its place");
     }
     PlacedRecord(const PlacedRecord&) = delete;
     PlacedRecord& operator=(const PlacedRecord&) = delete;

@@ -18,7 +18,7 @@ TransportPacket* TransportPacket::create(const quint8& protocol, const QByteArra
     return create(protocol, ByteSlice(bytes));
 }
 
-TransportPacket* TransportPacket::create(const quint8& protocol, ByteSlice bytes)
+TransportPacket* TransportPacket::create(const quint8& protocol, ByteSlice&& bytes)
 {
     switch (protocol) {
     case IcmpPacket::Protocol:

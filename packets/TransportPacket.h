@@ -34,7 +34,7 @@ public:
     /// class.
     [[nodiscard]] static TransportPacket* create(const quint8& protocol, const QByteArray& bytes);
     /// The same from a part of an array, without a copy of that part.
-    [[nodiscard]] static TransportPacket* create(const quint8& protocol, ByteSlice bytes);
+    [[nodiscard]] static TransportPacket* create(const quint8& protocol, ByteSlice&& bytes);
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a protocol that
     /// has no class.
     [[nodiscard]] static TransportPacket* copyOf(const TransportPacket& packet);

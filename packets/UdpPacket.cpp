@@ -38,27 +38,28 @@ struct UdpPacket::D {
     {
     }
 
-    void parse(ByteSlice bytes);
-    void setData(ByteSlice bytes);
+    void parse(ByteSlice&& bytes);
+    void setData(ByteSlice&& bytes);
     void setPort(quint16& port, quint16 value);
     quint16 lengthOfData() const { return quint16(dataAt + data.size()); }
     void updatePartialSum();
     quint16 checksum(const IpAddress& source, const IpAddress& destination);
 };
 
-void UdpPacket::D::parse(ByteSlice bytes)
+void UdpPacket::D::parse(ByteSlice&& bytes)
 {
     sourcePort = readField<quint16>(bytes, sourcePortAt);
     destinationPort = readField<quint16>(bytes, destinationPortAt);
     receivedChecksum = readField<quint16>(bytes, checksumAt);
     const int declaredLength = readField<quint16>(bytes, lengthAt);
-    setData(std::move(bytes).mid(dataAt, declaredLength - dataAt));
+    bytes.narrow(dataAt, declaredLength - dataAt);
+    setData(std::move(bytes));
     valid = declaredLength == dataAt + data.size();
     checksumDirty = false;
     checksumIsReceived = true;
 }
 
-void UdpPacket::D::setData(ByteSlice bytes)
+void UdpPacket::D::setData(ByteSlice&& bytes)
 {
     checksumDirty = true;
     data = std::move(bytes);
@@ -112,7 +113,7 @@ UdpPacket::UdpPacket(const QByteArray& bytes)
 {
 }
 
-UdpPacket::UdpPacket(ByteSlice bytes)
+UdpPacket::UdpPacket(ByteSlice&& bytes)
 {
     d->parse(std::move(bytes));
 }
@@ -230,8 +231,8 @@ ApplicationPacket* UdpPacket::applicationPacket() const
     const D& r = *d;
     if (GVCPCommandPacket::isCommandPort(r.sourcePort, r.destinationPort) ||
         GVCPAckPacket::isAckPort(r.sourcePort, r.destinationPort))
-        return GVCPPacket::create(r.data);
+        return GVCPPacket::create(ByteSlice(r.data));
     if (DhcpPacket::isDhcpPorts(r.sourcePort, r.destinationPort))
-        return new DhcpPacket(r.data);
+        return new DhcpPacket(ByteSlice(r.data));
     return nullptr;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "packets/TransportPacket.h"
 #include "packets/PlacedRecord.h"
+#include "packets/TransportPacket.h"
 
 class ApplicationPacket;
 struct FrameRoom;
@@ -33,7 +33,7 @@ public:
     /// stands for all the bytes. The datagram is valid if its length field is right, whatever its checksum,
     /// which is kept and goes out again as it came until the datagram really changes.
     explicit UdpPacket(const QByteArray& bytes);
-    explicit UdpPacket(ByteSlice bytes);
+    explicit UdpPacket(ByteSlice&& bytes);
     /// The copy has its checksum on, whatever @p other has.
     UdpPacket(const UdpPacket& other);
     /// @param other is a UdpPacket; another class gives an empty datagram between ports 0.
@@ -49,7 +49,8 @@ public:
     /// A new array.
     QByteArray serialize(const IpAddress& source, const IpAddress& destination) const override;
     /// The bytes of serialize() in a new array with @p room, without a copy of them in between.
-    QByteArray serializeIn(const FrameRoom& room, const IpAddress& source, const IpAddress& destination) const;
+    QByteArray serializeIn(const FrameRoom& room, const IpAddress& source,
+                           const IpAddress& destination) const;
     /// Header and payload, all bits.
     quint32 length() const override;
     /// False with more than payloadSizeMaxBytes of payload set, or with another size received than the length

@@ -352,7 +352,7 @@ void NetworkNode::D::receiveIp(const ByteSlice& bytes, const EthernetFrame& fram
         ++counters.malformed;
         return;
     }
-    const IPv4Packet ip(bytes);
+    const IPv4Packet ip{ByteSlice(bytes)};
     if (!isForUs(ip.destinationAddress(), frame.destination())) {
         ++counters.toOtherAddress;
     } else if (isImpossibleSender(ip.sourceAddress())) {

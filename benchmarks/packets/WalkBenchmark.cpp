@@ -1,83 +1,74 @@
-#include "gvcp/GVCPAckPacket.h"
-#include "packets/EthernetFrame.h"
-#include "packets/IPv4Packet.h"
-#include "packets/IpAddress.h"
-#include "packets/UdpPacket.h"
+#include "benchmarks/packets/PacketWork.h"
+#include "benchmarks/packets/SampleMessages.h"
+#include "benchmarks/packets/TinsWork.h"
 
 #include <benchmark/benchmark.h>
-#include <tins/ethernetII.h>
-#include <tins/ip.h>
-#include <tins/rawpdu.h>
-#include <tins/udp.h>
 
-#include <QtEndian>
-
-#include <memory>
-
-/// A received acknowledge read down to its fields, by the packet classes and by libtins.
+/// A received frame read down to its fields, all objects deleted, by the packet classes and by libtins.
 namespace mesk::benchmarks {
 
 namespace {
 
-QByteArray ackFrame(int payloadBytes)
-{
-    const GVCPAckPacket ack(0, payloadBytes == 4 ? 0x81 : 0x03, 7, QByteArray(payloadBytes, '\x5a'),
-                            NetworkOrder);
-    UdpPacket udp(GVCPPacket::Port, 50000, ack);
-    IPv4Packet ip(IpAddress(0xC0A80102U), IpAddress(0xC0A80101U), &udp);
-    return EthernetFrame(MacAddress(quint64(1)), MacAddress(quint64(2)), &ip).serialize();
-}
+using Walk = quint64 (*)(const QByteArray&);
 
-quint64 walk(const QByteArray& bytes)
+// Once both of them have read the same.
+void run(benchmark::State& state, const QByteArray& frame, Walk walk, Walk other)
 {
-    const EthernetFrame frame(bytes);
-    const std::unique_ptr<InternetPacket> internet(frame.internetPacket());
-    const auto* ip = dynamic_cast<const IPv4Packet*>(internet.get());
-    const std::unique_ptr<TransportPacket> transport(ip->transportPacket());
-    const auto* udp = dynamic_cast<const UdpPacket*>(transport.get());
-    const std::unique_ptr<ApplicationPacket> application(udp->applicationPacket());
-    const auto* ack = dynamic_cast<const GVCPAckPacket*>(application.get());
-    return quint64(udp->sourcePort()) + udp->destinationPort() + ack->status() + ack->acknowledge() +
-           ack->payloadLength() + ack->requestId() + // the device block stays undecoded
-           (ack->payloadLength() == 4 ? qFromBigEndian<quint32>(ack->payload().constData()) : 0);
-}
-
-quint64 walkByTins(const QByteArray& bytes)
-{
-    const Tins::EthernetII frame(reinterpret_cast<const uint8_t*>(bytes.constData()), uint32_t(bytes.size()));
-    const auto& udp = frame.rfind_pdu<Tins::UDP>();
-    const auto* gvcp = udp.rfind_pdu<Tins::RawPDU>().payload().data();
-    return quint64(udp.sport()) + udp.dport() + qFromBigEndian<quint16>(gvcp) +
-           qFromBigEndian<quint16>(gvcp + 2) + qFromBigEndian<quint16>(gvcp + 4) +
-           qFromBigEndian<quint16>(gvcp + 6) +
-           (qFromBigEndian<quint16>(gvcp + 4) == 4 ? qFromBigEndian<quint32>(gvcp + 8) : 0);
-}
-
-template <typename Walk>
-void run(benchmark::State& state, Walk walkOnce)
-{
-    const auto bytes = ackFrame(state.range(0) == 60 ? 4 : 248);
-    if (bytes.size() != state.range(0) || walk(bytes) != walkByTins(bytes)) {
+    if (frame.size() != state.range(0) || walk(frame) != other(frame)) {
         state.SkipWithError("the two read different fields");
         return;
     }
     while (state.KeepRunning()) {
-        benchmark::DoNotOptimize(walkOnce(bytes));
+        benchmark::DoNotOptimize(walk(frame));
     }
+}
+
+QByteArray ackFrame(const benchmark::State& state)
+{
+    return product::buildAck(state.range(0) == 60 ? product::registerPayload() : product::devicePayload());
+}
+
+// libtins would take each zero of the tail for an option.
+QByteArray dhcpFrame()
+{
+    return product::buildDhcp().left(dhcpFrameBytesWithoutZeros);
 }
 
 void walkAck(benchmark::State& state)
 {
-    run(state, walk);
+    run(state, ackFrame(state), product::walkAck, tins::walkAck);
 }
+BENCHMARK(walkAck)->Arg(60)->Arg(298);
 
 void walkAckByTins(benchmark::State& state)
 {
-    run(state, walkByTins);
+    run(state, ackFrame(state), tins::walkAck, product::walkAck);
 }
-
-BENCHMARK(walkAck)->Arg(60)->Arg(298);
 BENCHMARK(walkAckByTins)->Arg(60)->Arg(298);
+
+void walkDevice(benchmark::State& state)
+{
+    run(state, product::buildDevice(), product::walkDevice, tins::walkDevice);
+}
+BENCHMARK(walkDevice)->Arg(298);
+
+void walkDeviceByTins(benchmark::State& state)
+{
+    run(state, product::buildDevice(), tins::walkDevice, product::walkDevice);
+}
+BENCHMARK(walkDeviceByTins)->Arg(298);
+
+void walkDhcp(benchmark::State& state)
+{
+    run(state, dhcpFrame(), product::walkDhcp, tins::walkDhcp);
+}
+BENCHMARK(walkDhcp)->Arg(dhcpFrameBytesWithoutZeros);
+
+void walkDhcpByTins(benchmark::State& state)
+{
+    run(state, dhcpFrame(), tins::walkDhcp, product::walkDhcp);
+}
+BENCHMARK(walkDhcpByTins)->Arg(dhcpFrameBytesWithoutZeros);
 
 } // namespace
 
