@@ -17,7 +17,7 @@ int main(int argc, char** argv)
                                                {"walkDhcp/332", "walkDhcpByTins/332", 2.5},
                                                {"buildAck/60", "buildAckByTins/60", 0.75},
                                                {"buildAck/298", "buildAckByTins/298", 0.75},
-                                               {"buildDevice/298", "buildDeviceByTins/298", 0.75},
+                                               {"buildDevice/298", "buildDeviceByTins/298", 0.85},
                                                {"buildDhcp/590", "buildDhcpByTins/590", 0.95},
                                            });
 }

@@ -17,8 +17,10 @@ constexpr int versionMajorAt = 0, versionMinorAt = versionMajorAt + 2, deviceMod
               macAddressAt = deviceModeAt + 4 + 2, configOptionsAt = macAddressAt + MacAddress::sizeBytes,
               configCurrentAt = configOptionsAt + 4, currentIpAt = configCurrentAt + 4 + 12,
               subnetMaskAt = currentIpAt + 4 + 12, defaultGatewayAt = subnetMaskAt + 4 + 12,
-              textsAt = defaultGatewayAt + 4;
-static_assert(textsAt == 72, "GigE Vision: texts of a discovery acknowledge");
+              manufacturerNameAt = defaultGatewayAt + 4, modelNameAt = manufacturerNameAt + 32,
+              deviceVersionAt = modelNameAt + 32, manufacturerInfoAt = deviceVersionAt + 32,
+              serialNumberAt = manufacturerInfoAt + 48, userNameAt = serialNumberAt + 16;
+static_assert(userNameAt + 16 == int(GVCPDiscoveryAckPacket::blockSizeBytes), "GigE Vision: 248 bytes");
 
 enum TextIndex { ManufacturerName, ModelName, DeviceVersion, ManufacturerInfo, SerialNumber, UserName };
 constexpr int textWidthMax = 48;
@@ -28,10 +30,12 @@ struct TextPlace {
     int width;
 };
 // By index.
-constexpr std::array<TextPlace, 6> textPlaces{
-    {{textsAt, 32}, {104, 32}, {136, 32}, {168, textWidthMax}, {216, 16}, {232, 16}}};
-static_assert(textPlaces.back().at + textPlaces.back().width == int(GVCPDiscoveryAckPacket::blockSizeBytes),
-              "GigE Vision: 248 bytes");
+constexpr std::array<TextPlace, 6> textPlaces{{{manufacturerNameAt, 32},
+                                               {modelNameAt, 32},
+                                               {deviceVersionAt, 32},
+                                               {manufacturerInfoAt, textWidthMax},
+                                               {serialNumberAt, 16},
+                                               {userNameAt, 16}}};
 
 struct DeviceFields {
     quint16 specVersionMajor = 0;
@@ -104,8 +108,10 @@ struct GVCPDiscoveryAckPacket::D {
 
     DeviceFields& fields()
     {
-        if (!own)
+        if (!own) {
             readBlock(own.emplace(), received, NetworkOrder);
+            received = ByteSlice();
+        }
         return *own;
     }
     template <typename Number>

@@ -37,7 +37,7 @@ public:
     /// action commands and the discovery acknowledge get a class of their own, all others that of a command
     /// or an acknowledge.
     [[nodiscard]] static GVCPPacket* create(const QByteArray& bytes);
-    /// The same from a part of an array, without a copy of that part.
+    /// The same from a part of an array that is given up, without a copy of it.
     [[nodiscard]] static GVCPPacket* create(ByteSlice&& bytes);
 
     GVCPPacket(const GVCPPacket&) = delete;

@@ -30,7 +30,7 @@ public:
     /// @returns a new packet parsed from @p bytes, which the caller owns; null for a type other than IPv4 and
     /// ARP.
     [[nodiscard]] static InternetPacket* create(const quint16& etherType, const QByteArray& bytes);
-    /// The same from a part of an array, without a copy of that part.
+    /// The same from a part of an array that is given up, without a copy of it.
     [[nodiscard]] static InternetPacket* create(const quint16& etherType, ByteSlice&& bytes);
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a class other
     /// than IPv4Packet and ArpPacket.

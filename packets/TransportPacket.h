@@ -33,7 +33,7 @@ public:
     /// @returns a new packet parsed from @p bytes, which the caller owns; null for a protocol that has no
     /// class.
     [[nodiscard]] static TransportPacket* create(const quint8& protocol, const QByteArray& bytes);
-    /// The same from a part of an array, without a copy of that part.
+    /// The same from a part of an array that is given up, without a copy of it.
     [[nodiscard]] static TransportPacket* create(const quint8& protocol, ByteSlice&& bytes);
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a protocol that
     /// has no class.
