@@ -57,8 +57,6 @@ public:
     quint32 totalSize() const override;
     /// A new array: header, and payload.
     QByteArray serialize() const override;
-    /// The bytes of serialize() in a new array with @p room, without a copy of them in between.
-    QByteArray serializeIn(const FrameRoom& room) const;
     /// 0x0800.
     quint16 etherType() const override;
     quint8 protocol() const override;
@@ -75,6 +73,11 @@ public:
     [[nodiscard]] IPv4Packet* clone() const;
 
 private:
+    friend class InternetPacket;
+
+    /// The bytes of serialize() in a new array with @p room, without a copy of them in between.
+    QByteArray serializeIn(const FrameRoom& room) const;
+
     struct D;
     PlacedRecord<D, 64> d;
 };

@@ -35,9 +35,13 @@ public:
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a class other
     /// than IPv4Packet and ArpPacket.
     [[nodiscard]] static InternetPacket* copyOf(const InternetPacket& packet);
-    /// @returns the bytes of serialize() of @p packet in a new array with @p room.
-    static QByteArray serializeIn(const FrameRoom& room, const InternetPacket& packet);
 
 protected:
     InternetPacket() = default;
+
+private:
+    friend class EthernetFrame;
+
+    /// @returns the bytes of serialize() of @p packet in a new array with @p room.
+    static QByteArray serializeIn(const FrameRoom& room, const InternetPacket& packet);
 };

@@ -38,10 +38,14 @@ public:
     /// @returns a copy of @p packet by the rule of its class, which the caller owns; null for a protocol that
     /// has no class.
     [[nodiscard]] static TransportPacket* copyOf(const TransportPacket& packet);
-    /// @returns the bytes of serialize() of @p packet in a new array with @p room.
-    static QByteArray serializeIn(const FrameRoom& room, const TransportPacket& packet,
-                                  const IpAddress& source, const IpAddress& destination);
 
 protected:
     TransportPacket() = default;
+
+private:
+    friend class IPv4Packet;
+
+    /// @returns the bytes of serialize() of @p packet in a new array with @p room.
+    static QByteArray serializeIn(const FrameRoom& room, const TransportPacket& packet,
+                                  const IpAddress& source, const IpAddress& destination);
 };

@@ -48,9 +48,6 @@ public:
     quint32 totalSize() const override;
     /// A new array.
     QByteArray serialize(const IpAddress& source, const IpAddress& destination) const override;
-    /// The bytes of serialize() in a new array with @p room, without a copy of them in between.
-    QByteArray serializeIn(const FrameRoom& room, const IpAddress& source,
-                           const IpAddress& destination) const;
     /// Header and payload, all bits.
     quint32 length() const override;
     /// False with more than payloadSizeMaxBytes of payload set, or with another size received than the length
@@ -81,6 +78,12 @@ public:
     [[nodiscard]] ApplicationPacket* applicationPacket() const;
 
 private:
+    friend class TransportPacket;
+
+    /// The bytes of serialize() in a new array with @p room, without a copy of them in between.
+    QByteArray serializeIn(const FrameRoom& room, const IpAddress& source,
+                           const IpAddress& destination) const;
+
     struct D;
     PlacedRecord<D, 40> d;
 };
