@@ -5,6 +5,9 @@
 #include "packets/ByteArrayHelpers.h"
 #include "packets/ByteSlice.h"
 
+#include <QtAlgorithms>
+#include <QtEndian>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -23,8 +26,6 @@ constexpr int versionMajorAt = 0, versionMinorAt = versionMajorAt + 2, deviceMod
 static_assert(userNameAt + 16 == int(GVCPDiscoveryAckPacket::blockSizeBytes), "GigE Vision: 248 bytes");
 
 enum TextIndex { ManufacturerName, ModelName, DeviceVersion, ManufacturerInfo, SerialNumber, UserName };
-constexpr int textWidthMax = 48;
-constexpr char zeros[textWidthMax] = {};
 struct TextPlace {
     int at;
     int width;
@@ -33,7 +34,7 @@ struct TextPlace {
 constexpr std::array<TextPlace, 6> textPlaces{{{manufacturerNameAt, 32},
                                                {modelNameAt, 32},
                                                {deviceVersionAt, 32},
-                                               {manufacturerInfoAt, textWidthMax},
+                                               {manufacturerInfoAt, 48},
                                                {serialNumberAt, 16},
                                                {userNameAt, 16}}};
 
@@ -50,17 +51,46 @@ struct DeviceFields {
     std::array<QByteArray, textPlaces.size()> texts;
 };
 
-// What stands in front of the zeros that fill up the field. With anything else behind its first zero it is no
-// text filled up with zeros, and then the field itself.
+constexpr int wordBytes = sizeof(quint64);
+
+// The bytes of a field from a place on as a number, the first in its lowest bits; zeros behind the field.
+quint64 wordAt(const char* field, int width, int at)
+{
+    quint64 word = 0;
+    if (width - at >= wordBytes)
+        std::memcpy(&word, field + at, wordBytes);
+    else
+        std::memcpy(&word, field + at, std::size_t(width - at));
+    return qFromLittleEndian(word);
+}
+
+// What stands in front of the zeros that fill up the field, a word at a time. With anything else behind its
+// first zero it is no text filled up with zeros, and then the whole field counts.
+int textLength(const char* field, int width)
+{
+    constexpr quint64 ones = 0x0101010101010101, highBits = 0x8080808080808080;
+    for (int at = 0; at < width; at += wordBytes) {
+        const quint64 word = wordAt(field, width, at);
+        // A high bit for each zero byte, and for some behind the first.
+        const quint64 zeroBytes = (word - ones) & ~word & highBits;
+        if (zeroBytes == 0)
+            continue;
+        const int before = int(qCountTrailingZeroBits(zeroBytes)) / 8;
+        quint64 behind = word >> (8 * before);
+        for (int next = at + wordBytes; next < width; next += wordBytes)
+            behind |= wordAt(field, width, next);
+        return behind == 0 ? at + before : width;
+    }
+    return width;
+}
+
 QByteArray readText(const ByteSlice& block, const TextPlace& place)
 {
     const int width = std::min(place.width, block.size() - place.at);
     if (width <= 0)
         return {};
     const char* const text = block.constData() + place.at;
-    const auto* const zero = static_cast<const char*>(std::memchr(text, '\0', std::size_t(width)));
-    const bool isClean = zero != nullptr && std::memcmp(zero, zeros, std::size_t(text + width - zero)) == 0;
-    return QByteArray(text, isClean ? int(zero - text) : width);
+    return QByteArray(text, textLength(text, width));
 }
 
 void readBlock(DeviceFields& fields, const ByteSlice& block, ByteOrder byteOrder)

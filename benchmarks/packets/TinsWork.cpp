@@ -10,6 +10,7 @@
 
 #include <QtEndian>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -108,7 +109,7 @@ Bytes buildDevice()
     qToBigEndian(hostIp, block + 68);
     for (const TextPlace& each : texts) {
         const std::string text(each.text);
-        std::memcpy(block + each.at, text.data(), std::min(text.size(), each.width - 1));
+        std::copy_n(text.begin(), std::min(text.size(), each.width - 1), block + each.at);
     }
     return buildFrame(gvcpPort, hostPort, std::make_unique<Tins::RawPDU>(std::move(message)));
 }

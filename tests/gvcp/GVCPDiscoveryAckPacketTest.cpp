@@ -89,6 +89,29 @@ TEST(GVCPDiscoveryAckPacket, textsFillTheirFields)
     EXPECT_EQ(packet.payload().mid(216, 16), text(QByteArray(15, 's'), 16));
 }
 
+// The yardstick goes byte by byte.
+QByteArray readPlainly(const QByteArray& field)
+{
+    const int length = int(qstrnlen(field.constData(), uint(field.size())));
+    return field.mid(length).count('\0') == field.size() - length ? field.left(length) : field;
+}
+
+TEST(GVCPDiscoveryAckPacket, readsTextsByTheWordAsByTheByte)
+{
+    for (const char filler : {'x', '\x01', '\x80', '\xff'})
+        for (int length = 0; length <= 48; ++length)
+            for (int other = length; other <= 48; ++other)
+                for (const int there : {48, 47, 41, 33, 8, 3}) {
+                    QByteArray field = text(QByteArray(length, filler), 48);
+                    if (other < 48)
+                        field[other] = filler;
+                    field.truncate(there);
+                    const TightBytes tight(recorded.left(infoAt) + field);
+                    EXPECT_EQ(GVCPDiscoveryAckPacket(tight.array()).manufacturerInfo(), readPlainly(field))
+                        << length << ' ' << other << ' ' << there;
+                }
+}
+
 TEST(GVCPDiscoveryAckPacket, longTextHeldRefusesWhatComesNext)
 {
     for (const int size : {32, 33}) {
