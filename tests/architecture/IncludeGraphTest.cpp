@@ -44,12 +44,13 @@ const std::vector<Rule> rules{
      {"interface/", "plugin/binding/", "support/", "packets/EthernetFrame.h", "<kivo/", "<boost/", "<Q"}},
     {"packets/", {"packets/", "gvcp/", "<Q"}},
     {"gvcp/", {"gvcp/", "packets/", "<Q"}},
+    {"stack/", {"stack/", "packets/", "gvcp/", "<Q", "<chrono>"}},
     {"stand-ins/framework/", {"<kivo/", "<boost/", "stand-ins/framework/", "<system"}},
     {"stand-ins/board/", {"stand-ins/board/", "<Q", "<pcap", "<fmt/", "<system"}},
     {"stand-ins/dispatcher/", {"stand-ins/dispatcher/", "<spdlog/", "<system"}},
-    {"stand-ins/camera/", {"stand-ins/camera/", "packets/", "gvcp/", "stack/", "<Q"}},
+    {"stand-ins/camera/", {"stand-ins/camera/", "stack/", "packets/", "gvcp/", "<Q"}},
     {"host/",
-     {"host/", "packets/", "gvcp/", "interface/PhysicalNetworkInterfaceEventQueue.h",
+     {"host/", "stack/", "packets/", "gvcp/", "interface/PhysicalNetworkInterfaceEventQueue.h",
       "interface/PhysicalNetworkInterfaceEvent.h", "interface/PniActionCommandTimeout.h", "support/platform/",
       "stand-ins/board/BoardControl.h", "stand-ins/dispatcher/DispatcherControl.h", "stand-ins/camera/",
       "<kivo/", "<boost/", "<Q", "<CLI/", "<fmt/", "<nlohmann/", "<pcap", "<system"}},
@@ -98,7 +99,8 @@ Texts includesOf(const fs::path& file)
 IncludeGraph readRepository()
 {
     IncludeGraph graph;
-    for (const char* folder : {"plugin", "interface", "packets", "gvcp", "support", "stand-ins", "host"})
+    for (const char* folder :
+         {"plugin", "interface", "packets", "gvcp", "stack", "support", "stand-ins", "host"})
         for (const fs::directory_entry& entry :
              fs::recursive_directory_iterator(fs::path(MESK_SOURCE_DIR) / folder))
             if (entry.path().extension() == ".h" || entry.path().extension() == ".cpp")
@@ -162,6 +164,7 @@ TEST(IncludeGraph, everyForbiddenArrowIsNamed)
         {"packets/EthernetFrame.cpp", {"support/logging/Logger.h", "<QByteArray>", "<boost/any.hpp>"}},
         {"support/logging/Logging.cpp", {"plugin/Plugin.cpp", "<dlfcn.h>"}},
         {"interface/PhyReset.cpp", {"<unistd.h>", "packets/IPv4Packet.h"}},
+        {"stack/Time.h", {"<chrono>", "<thread>", "support/platform/os/Clock.h"}},
         {"plugin/LibraryInitController.cpp", {"support/logging/Logging.h"}},
         {"elsewhere/File.cpp", {}},
     };
@@ -173,6 +176,7 @@ TEST(IncludeGraph, everyForbiddenArrowIsNamed)
                             "packets/EthernetFrame.cpp -> support/logging/Logger.h",
                             "packets/EthernetFrame.cpp -> <boost/any.hpp>",
                             "plugin/LibraryInitController.cpp -> support/logging/Logging.h",
+                            "stack/Time.h -> <thread>", "stack/Time.h -> support/platform/os/Clock.h",
                             "support/logging/Logging.cpp -> plugin/Plugin.cpp",
                             "support/logging/Logging.cpp -> <dlfcn.h>"));
 }
