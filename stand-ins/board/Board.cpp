@@ -135,6 +135,12 @@ DataQueue* Board::queue(std::uint32_t number)
     return number < portsMax ? &found->receiveQueue() : &found->actionQueue();
 }
 
+void Board::noteReader(std::uint32_t queue)
+{
+    if (Port* const found = port(queue))
+        found->noteReader();
+}
+
 Port* Board::port(std::uint32_t number)
 {
     return number < portCount() ? m_ports[number].get() : nullptr;

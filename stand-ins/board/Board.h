@@ -35,6 +35,8 @@ public:
 
     /// The receive queue of a port, or behind those its action-timeout queue; null for no such queue.
     DataQueue* queue(std::uint32_t number);
+    /// Somebody is about to read a queue of that number.
+    void noteReader(std::uint32_t queue);
     /// Null for no such port.
     Port* port(std::uint32_t number);
     /// A port that the next power-on may bring; null for one that no board has.

@@ -11,7 +11,7 @@
 /// otherwise; a negative status leaves everything as it was. Texts that go out are copied into the
 /// caller's buffer, zero-terminated and cut to its size; the result is the whole text's length.
 
-#define KIVO_BOARD_CONTROL_VERSION 1u
+#define KIVO_BOARD_CONTROL_VERSION 2u
 
 #ifdef __cplusplus
 extern "C" {
@@ -39,6 +39,20 @@ struct KivoBoardPortCounters {
     uint64_t lostWords;       ///< words that the receive queue lost
     uint64_t framesUnsent;    ///< frames written while the transmitter was off or the line full, or too long
     uint64_t refusedAtFarEnd; ///< frames sent to a link without a port that refused their check sequence
+};
+
+/// What the link of one port has counted since it was plugged, and whether it is still there.
+struct KivoBoardLinkCounters {
+    uint64_t framesOut;     ///< frames of the port that reached the far end
+    uint64_t bytesOut;      ///< their bytes, without frame check sequence
+    uint64_t framesIn;      ///< frames of the far end that were handed to the port
+    uint64_t bytesIn;       ///< their bytes, without frame check sequence
+    uint64_t framesRefused; ///< frames, either way, that the other side doesn't take: too long or too short
+                            ///< for it, or with a wrong check sequence; all that a gone link was given
+    uint64_t framesLost;    ///< frames, either way, that found no room
+    uint64_t errors;        ///< other failures of what the link is made of, a network interface that is down
+    int32_t isUp;           ///< 0 for a link that went away: then the port goes on as with none
+    char reason[120];       ///< why it went away; empty as long as it is there
 };
 
 /// What is held of the board at this moment.
@@ -123,6 +137,9 @@ struct KivoBoardControl {
     /// An action command of the port timed out: puts the firmware's report with this count into the
     /// port's action-timeout queue. Negative for firmware without action commands.
     int32_t (*actionTimeout)(uint32_t board, uint32_t port, uint16_t count);
+
+    /// All 0 and up for a port that is plugged to nothing.
+    int32_t (*linkCounters)(uint32_t board, uint32_t port, struct KivoBoardLinkCounters* counters);
 };
 
 /// The control interface; null if this board has no interface of that version.

@@ -247,6 +247,15 @@ std::int32_t actionTimeout(std::uint32_t board, std::uint32_t port, std::uint16_
     return found != nullptr ? found->reportActionTimeout(port, count) : statusFailed;
 }
 
+std::int32_t linkCounters(std::uint32_t board, std::uint32_t port, KivoBoardLinkCounters* result)
+{
+    const Port* const found = findPort(board, port);
+    if (found == nullptr || result == nullptr)
+        return statusFailed;
+    *result = found->linkCounters();
+    return 0;
+}
+
 constexpr KivoBoardControl table{
     KIVO_BOARD_CONTROL_VERSION,
     sizeof(KivoBoardControl),
@@ -281,6 +290,7 @@ constexpr KivoBoardControl table{
     journalEntry,
     note,
     actionTimeout,
+    linkCounters,
 };
 
 } // namespace

@@ -27,7 +27,6 @@ void DataQueue::powerOn(std::uint32_t capacityWords)
     m_lostWords = 0;
     m_first = 0;
     m_size = 0;
-    m_reads.store(0, std::memory_order_relaxed);
     madeRoom();
 }
 
@@ -36,7 +35,6 @@ std::int32_t DataQueue::read(void* buffer, std::uint32_t sizeBytes, std::chrono:
 {
     const std::uint32_t asked = std::uint32_t(sizeBytes / wordBytes);
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_reads.fetch_add(1, std::memory_order_relaxed);
     if (m_size < asked) {
         m_stalled = false;
         const auto deadline = Clock::now() + timeout;

@@ -41,8 +41,6 @@ public:
     std::uint32_t putSome(const std::uint32_t* words, std::uint32_t count);
 
     std::uint32_t size() const;
-    /// Reads that were begun since power-on.
-    std::uint64_t reads() const { return m_reads.load(std::memory_order_relaxed); }
     /// Whether somebody waits for room at the moment.
     bool isCongested() const { return m_waiters.load(std::memory_order_relaxed) != 0; }
     std::int32_t lostWords() const;
@@ -63,7 +61,6 @@ private:
     std::int32_t m_lostWords = 0;
     bool m_stalled = false;
     std::atomic<std::uint32_t> m_waiters{0};
-    std::atomic<std::uint64_t> m_reads{0};
 };
 
 } // namespace emulated_board

@@ -213,6 +213,7 @@ std::int32_t dataQueueReadBufferLong(std::uint64_t handle, std::uint32_t queue, 
         DataQueue* const found = board->queue(queue);
         if (found == nullptr || buffer == nullptr)
             return statusBadArgument;
+        board->noteReader(queue);
         const auto usable = [&] { return bench.boardOf(handle) != nullptr; };
         const std::int32_t result =
             found->read(buffer, sizeBytes, std::chrono::milliseconds(timeoutMs), usable);

@@ -1,7 +1,5 @@
 #include "stand-ins/board/Port.h"
 
-#include "stand-ins/board/links/FrameCheckSequence.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -55,14 +53,10 @@ void Port::transmit()
         return;
     }
     frame.sequenceByHardware = m_registers.get(Register::txDisableCrcGeneration, m_number) == 0;
-    std::size_t size = frame.bytes.size();
-    if (frame.sequenceByHardware) {
-        // Who makes the check sequence fills the frame up as well; otherwise it goes out as written.
-        size = std::max(size, frameSizeMinBytes);
-        frame.bytes.resize(size);
-    } else {
-        size -= std::min(size, frameCheckSequenceBytes);
-    }
+    // Who makes the check sequence fills the frame up as well; otherwise it goes out as written.
+    if (frame.sequenceByHardware)
+        frame.bytes.resize(std::max(frame.bytes.size(), frameSizeMinBytes));
+    const std::size_t size = frame.size();
     const std::shared_ptr<Link> plugged = link();
     if (plugged && !plugged->send(std::move(frame))) {
         add(m_framesUnsent, 1);
@@ -92,13 +86,8 @@ bool Port::arrive(WireFrame frame, Patience patience, const std::atomic<bool>& s
         return false;
     }
     // The sequence that hardware makes is right: nothing lies between.
-    std::size_t size = frame.bytes.size();
-    bool good = true;
-    if (!frame.sequenceByHardware) {
-        good = hasGoodFrameCheckSequence(frame.bytes);
-        size -= std::min(size, frameCheckSequenceBytes);
-    }
-    if (!good || size < headerBytes) {
+    const std::size_t size = frame.size();
+    if (!frame.isIntact() || size < headerBytes) {
         m_registers.count(Register::recvErrCnt, m_number);
         add(m_crcErrors, 1);
         return false;
@@ -146,10 +135,23 @@ void Port::plug(std::string text, std::shared_ptr<Link> link)
         const std::lock_guard<std::mutex> lock(m_plugMutex);
         old = std::exchange(m_link, std::move(link));
         m_linkText = std::move(text);
+        m_linkWithoutReader.store(m_link != nullptr, std::memory_order_relaxed);
     }
     // A transmission under way may still hold it, so the destructor may run there; the threads end here.
     if (old)
         old->stop();
+}
+
+void Port::tellReaderToLink()
+{
+    std::shared_ptr<Link> plugged;
+    {
+        const std::lock_guard<std::mutex> lock(m_plugMutex);
+        if (m_linkWithoutReader.exchange(false, std::memory_order_relaxed))
+            plugged = m_link;
+    }
+    if (plugged)
+        plugged->readerCame();
 }
 
 std::shared_ptr<Link> Port::link() const
@@ -162,6 +164,12 @@ std::string Port::linkText() const
 {
     const std::lock_guard<std::mutex> lock(m_plugMutex);
     return m_linkText;
+}
+
+KivoBoardLinkCounters Port::linkCounters() const
+{
+    const std::shared_ptr<Link> plugged = link();
+    return plugged ? plugged->counters() : LinkTally().counters();
 }
 
 KivoBoardPortCounters Port::counters() const

@@ -31,14 +31,21 @@ public:
     std::uint64_t transferActive() const;
 
     bool arrive(WireFrame frame, Patience patience, const std::atomic<bool>& stopped) override;
-    std::uint64_t reads() const override { return m_receiveQueue.reads(); }
     void refusedAtFarEnd() override { m_refusedAtFarEnd.fetch_add(1, std::memory_order_relaxed); }
 
+    /// Somebody is about to read the receive queue.
+    void noteReader()
+    {
+        if (m_linkWithoutReader.load(std::memory_order_relaxed))
+            tellReaderToLink();
+    }
+
     /// Pulls out what was plugged, whose threads have ended when this returns, and plugs `link`, which
-    /// may be null. The link is to be started afterwards.
+    /// may be null and is started.
     void plug(std::string text, std::shared_ptr<Link> link);
     std::shared_ptr<Link> link() const;
     std::string linkText() const;
+    KivoBoardLinkCounters linkCounters() const;
 
     KivoBoardPortCounters counters() const;
 
@@ -48,6 +55,7 @@ private:
     {
         counter.fetch_add(count, std::memory_order_relaxed);
     }
+    void tellReaderToLink();
     bool isSending() const;
     bool isReceiving() const;
     bool enqueue(const std::vector<std::uint8_t>& frame, std::size_t size, Patience patience,
@@ -65,6 +73,7 @@ private:
     mutable std::mutex m_plugMutex;
     std::shared_ptr<Link> m_link;
     std::string m_linkText = "none";
+    std::atomic<bool> m_linkWithoutReader{false};
 
     Counter m_framesSent{0};
     Counter m_bytesSent{0};

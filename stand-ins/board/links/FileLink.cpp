@@ -1,7 +1,5 @@
 #include "stand-ins/board/links/FileLink.h"
 
-#include "stand-ins/board/links/FrameCheckSequence.h"
-
 #include <chrono>
 #include <cstdio>
 #include <fmt/core.h>
@@ -13,7 +11,6 @@ namespace emulated_board {
 namespace {
 
 constexpr int snapshotMaxBytes = 65535;
-constexpr std::chrono::milliseconds readerLook(2);
 
 } // namespace
 
@@ -70,18 +67,30 @@ void FileLink::start()
         pcap_dump_flush(m_record.get());
     }
     m_out.start();
-    m_readsBefore = m_end.reads();
     if (m_capture)
         m_replayThread = std::thread([this] { replay(); });
 }
 
 void FileLink::stop()
 {
-    m_stopped.store(true, std::memory_order_relaxed);
+    {
+        const std::lock_guard<std::mutex> lock(m_readerMutex);
+        m_stopped.store(true, std::memory_order_relaxed);
+    }
+    m_readerChanged.notify_all();
     if (m_replayThread.joinable())
         m_replayThread.join();
     m_out.stop();
     m_record.reset();
+}
+
+void FileLink::readerCame()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_readerMutex);
+        m_hasReader = true;
+    }
+    m_readerChanged.notify_all();
 }
 
 bool FileLink::send(WireFrame frame)
@@ -99,14 +108,12 @@ bool FileLink::isIdle() const
     return m_replayed.load(std::memory_order_acquire);
 }
 
-bool FileLink::waitForReader() const
+bool FileLink::waitForReader()
 {
-    while (m_end.reads() == m_readsBefore) {
-        if (m_stopped.load(std::memory_order_relaxed))
-            return false;
-        std::this_thread::sleep_for(readerLook);
-    }
-    return true;
+    std::unique_lock<std::mutex> lock(m_readerMutex);
+    const auto isStopped = [this] { return m_stopped.load(std::memory_order_relaxed); };
+    m_readerChanged.wait(lock, [&] { return m_hasReader || isStopped(); });
+    return !isStopped();
 }
 
 void FileLink::replay()
@@ -120,29 +127,33 @@ void FileLink::replay()
            (result = pcap_next_ex(m_capture.get(), &header, &bytes)) == 1) {
         WireFrame frame;
         frame.bytes.assign(bytes, bytes + header->caplen);
+        m_tally.in().add(header->caplen);
         m_end.arrive(std::move(frame), Patience::untilRead, m_stopped);
     }
-    if (result == PCAP_ERROR)
+    if (result == PCAP_ERROR) {
+        m_tally.failed();
         fmt::print(stderr, "emulated board: {}: {}\n", m_replayPath, pcap_geterr(m_capture.get()));
+    }
     m_replayed.store(true, std::memory_order_release);
 }
 
 void FileLink::record(WireFrame frame)
 {
     // A network card at the far end would drop it, too.
-    if (!frame.sequenceByHardware && !hasGoodFrameCheckSequence(frame.bytes)) {
+    if (!frame.isIntact()) {
         m_end.refusedAtFarEnd();
+        m_tally.refused();
         return;
     }
+    m_tally.out().add(frame.size());
     if (!m_record)
         return;
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now);
-    const std::size_t sequenceBytes = frame.sequenceByHardware ? 0 : frameCheckSequenceBytes;
     pcap_pkthdr header{};
     header.ts.tv_sec = seconds.count();
     header.ts.tv_usec = std::chrono::duration_cast<std::chrono::microseconds>(now - seconds).count();
-    header.caplen = header.len = bpf_u_int32(frame.bytes.size() - sequenceBytes);
+    header.caplen = header.len = bpf_u_int32(frame.size());
     pcap_dump(reinterpret_cast<u_char*>(m_record.get()), &header, frame.bytes.data());
 }
 

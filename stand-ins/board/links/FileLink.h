@@ -23,6 +23,7 @@ public:
 
     void start() override;
     void stop() override;
+    void readerCame() override;
     bool send(WireFrame frame) override;
     bool isBusy() const override;
     bool isIdle() const override;
@@ -35,7 +36,7 @@ private:
 
     void replay();
     void record(WireFrame frame);
-    bool waitForReader() const;
+    bool waitForReader();
 
     const std::string m_replayPath;
     const std::string m_recordPath;
@@ -44,8 +45,10 @@ private:
     std::unique_ptr<pcap, PcapCloser> m_recordFormat;
     std::unique_ptr<pcap_dumper, PcapCloser> m_record;
     Wire m_out;
-    std::uint64_t m_readsBefore = 0;
     std::atomic<bool> m_replayed;
+    std::mutex m_readerMutex;
+    std::condition_variable m_readerChanged;
+    bool m_hasReader = false;
     std::atomic<bool> m_stopped{false};
     std::thread m_replayThread;
 };

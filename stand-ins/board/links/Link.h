@@ -1,5 +1,9 @@
 #pragma once
 
+#include "stand-ins/board/links/FrameCheckSequence.h"
+#include "stand-ins/board/links/LinkTally.h"
+
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <vector>
@@ -12,6 +16,14 @@ struct WireFrame {
     /// The sender's hardware makes the check sequence, so `bytes` ends before it, and it is right.
     /// Otherwise the last four bytes are the check sequence, right or not.
     bool sequenceByHardware = true;
+
+    /// Its size without check sequence.
+    std::size_t size() const
+    {
+        const std::size_t sequence = sequenceByHardware ? 0 : frameCheckSequenceBytes;
+        return bytes.size() - std::min(bytes.size(), sequence);
+    }
+    bool isIntact() const { return sequenceByHardware || hasGoodFrameCheckSequence(bytes); }
 };
 
 /// How long a frame that arrives waits for room in the port's receive queue.
@@ -27,9 +39,6 @@ public:
     /// Hands a frame to the port's receiver. `stopped` ends a wait early.
     /// @returns whether it came into the receive queue.
     virtual bool arrive(WireFrame frame, Patience patience, const std::atomic<bool>& stopped) = 0;
-    /// Reads of the receive queue that were begun since power-on: who replays frames waits for a reader,
-    /// since a port that is opened empties its queue first.
-    virtual std::uint64_t reads() const = 0;
     /// The far end refused a frame that this port has sent, for its check sequence.
     virtual void refusedAtFarEnd() = 0;
 };
@@ -47,6 +56,9 @@ public:
     virtual void start() {}
     /// [one thread at a time] Nothing is delivered afterwards. May be called again.
     virtual void stop() {}
+    /// [any thread] Somebody reads the port's receive queue, for the first time since the plug. Who sends
+    /// on his own accord waits for this: a port that is opened empties its queue first. Never waits.
+    virtual void readerCame() {}
 
     /// [any thread] Takes a frame that the port sends. Never waits.
     /// @returns false if there is no room for it.
@@ -55,6 +67,11 @@ public:
     virtual bool isBusy() const { return false; }
     /// [any thread] Whether it has no more to deliver to the port of its own.
     virtual bool isIdle() const { return true; }
+    /// [any thread]
+    virtual KivoBoardLinkCounters counters() const { return m_tally.counters(); }
+
+protected:
+    LinkTally m_tally;
 };
 
 } // namespace emulated_board

@@ -15,7 +15,10 @@ public:
     /// result is null.
     static Ends join(LineEnd& first, LineEnd& second);
 
-    PairLink(std::shared_ptr<Wire> out, std::shared_ptr<Wire> in);
+    /// One direction, and what it has carried.
+    struct Way;
+
+    PairLink(std::shared_ptr<Way> out, std::shared_ptr<Way> in);
     ~PairLink() override;
 
     void start() override;
@@ -23,10 +26,11 @@ public:
     bool send(WireFrame frame) override;
     bool isBusy() const override;
     bool isIdle() const override;
+    KivoBoardLinkCounters counters() const override;
 
 private:
-    std::shared_ptr<Wire> m_out;
-    std::shared_ptr<Wire> m_in;
+    std::shared_ptr<Way> m_out;
+    std::shared_ptr<Way> m_in;
 };
 
 struct PairLink::Ends {
