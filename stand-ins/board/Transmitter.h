@@ -1,5 +1,7 @@
 #pragma once
 
+#include "stand-ins/board/links/Link.h"
+
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -32,7 +34,7 @@ public:
     bool isLineBusy() const;
 
 private:
-    static constexpr std::uint32_t wordsMax = 8192;
+    static constexpr std::uint32_t wordsMax = frameSizeMaxBytes / 2;
 
     std::array<std::atomic<std::uint16_t>, wordsMax> m_buffer{};
     std::atomic<std::uint32_t> m_words{0};

@@ -46,7 +46,9 @@ const std::vector<Rule> rules{
     {"gvcp/", {"gvcp/", "packets/", "<Q"}},
     {"stack/", {"stack/", "packets/", "gvcp/", "<Q", "<chrono>"}},
     {"stand-ins/framework/", {"<kivo/", "<boost/", "stand-ins/framework/", "<system"}},
-    {"stand-ins/board/", {"stand-ins/board/", "<Q", "<pcap", "<fmt/", "<system"}},
+    {"stand-ins/board/",
+     {"stand-ins/board/", "stand-ins/camera/", "stack/", "support/platform/os/TapDevice.h", "<Q", "<pcap",
+      "<fmt/", "<system"}},
     {"stand-ins/dispatcher/", {"stand-ins/dispatcher/", "<spdlog/", "<system"}},
     {"stand-ins/camera/", {"stand-ins/camera/", "stack/", "packets/", "gvcp/", "<Q"}},
     {"host/",
@@ -58,7 +60,7 @@ const std::vector<Rule> rules{
 
 /// Headers of the operating system, and those of the standard library that reach its threads and files.
 const std::regex
-    systemHeader("<(sys/.*|linux/.*|(dlfcn|fcntl|link|poll|pthread|signal|syslog|unistd|windows)\\.h>|"
+    systemHeader("<(sys/.*|linux/.*|net/.*|(dlfcn|fcntl|link|poll|pthread|signal|syslog|unistd|windows)\\.h>|"
                  "(csignal|filesystem|fstream|mutex|thread|condition_variable|chrono)>)");
 
 bool startsWith(const std::string& text, const std::string& prefix)

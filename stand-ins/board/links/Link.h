@@ -10,6 +10,9 @@
 
 namespace emulated_board {
 
+/// What a port's transmitter holds, and so the longest frame of any line.
+constexpr std::size_t frameSizeMaxBytes = 16384;
+
 /// A frame on its way.
 struct WireFrame {
     std::vector<std::uint8_t> bytes;

@@ -1,7 +1,9 @@
 #include "stand-ins/board/links/LinkFactory.h"
 
 #include "stand-ins/board/links/FileLink.h"
+#include "stand-ins/board/links/InterfaceLink.h"
 #include "stand-ins/board/links/PairLink.h"
+#include "stand-ins/board/links/TapLink.h"
 
 #include <array>
 #include <charconv>
@@ -54,17 +56,41 @@ std::vector<Plugged> makeFile(const Request& request)
     return result;
 }
 
+/// A link that has its one end at the port and takes the name of a device.
+template <typename DeviceLink>
+std::vector<Plugged> makeDevice(const Request& request)
+{
+    if (request.arguments.empty())
+        throw std::runtime_error("the name of a device stands behind the colon");
+    const std::string portName = fmt::format("port {}.{}", request.port.board, request.port.port);
+    std::vector<Plugged> result;
+    result.push_back(
+        {request.port, request.text, std::make_unique<DeviceLink>(request.arguments, portName, request.end)});
+    return result;
+}
+
 struct Kind {
     const char* name;
+    const char* form; // as it is told to users
     std::vector<Plugged> (*make)(const Request& request);
 };
 
 // A new kind of link is one more line here.
-constexpr std::array<Kind, 3> kinds{{
-    {"none", makeNone},
-    {"pair", makePair},
-    {"file", makeFile},
+constexpr std::array<Kind, 5> kinds{{
+    {"none", "none", makeNone},
+    {"interface", "interface:NAME", makeDevice<InterfaceLink>},
+    {"tap", "tap:NAME", makeDevice<TapLink>},
+    {"pair", "pair:BOARD.PORT", makePair},
+    {"file", "file:IN.pcap,OUT.pcap", makeFile},
 }};
+
+std::string allForms()
+{
+    std::string forms;
+    for (const Kind& kind : kinds)
+        forms.append(forms.empty() ? "" : ", ").append(kind.form);
+    return forms;
+}
 
 } // namespace
 
@@ -93,8 +119,7 @@ std::vector<Plugged> makeLinks(PortNumber port, const std::string& text, const F
         if (name == kind.name)
             return kind.make({port, *end, text, arguments, find});
     }
-    throw std::runtime_error(
-        fmt::format("unknown link '{}': none, pair:BOARD.PORT or file:IN.pcap,OUT.pcap", text));
+    throw std::runtime_error(fmt::format("unknown link '{}'; there are {}", text, allForms()));
 }
 
 } // namespace emulated_board
