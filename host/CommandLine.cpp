@@ -75,9 +75,10 @@ void declareOptions(CLI::App& app, Options& options)
     const auto index = CLI::Range(0, std::numeric_limits<int>::max()).description("");
     app.add_option("--board", options.board, "board (0)")->check(index)->type_name("N");
     app.add_option("--port", options.port, "port of the board (0)")->check(index)->type_name("N");
-    app.add_option("--link", options.link,
-                   "plug the port for this run: none, interface:NAME, tap:NAME, pair:BOARD.PORT, "
-                   "file:IN.pcap,OUT.pcap")
+    app.add_option(
+           "--link", options.link,
+           "plug the port for this run: none, camera[:OPTIONS], interface:NAME, tap:NAME, pair:BOARD.PORT, "
+           "file:IN.pcap,OUT.pcap")
         ->type_name("LINK");
     app.add_option("--setup", options.setupFile, "set-up of the emulated board")
         ->check(CLI::ExistingFile.description(""))

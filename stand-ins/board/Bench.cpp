@@ -45,14 +45,23 @@ void Bench::powerCycle(const std::optional<std::string>& setupPath)
         return m_boards[at.board]->possiblePort(at.port);
     };
     std::vector<std::vector<Plugged>> links;
-    for (std::uint32_t n = 0; n < setup.boards.size(); ++n) {
-        for (const auto& [port, text] : setup.boards[n].links) {
-            try {
-                links.push_back(makeLinks({n, port}, text, find));
-            } catch (const std::exception& error) {
-                throw std::runtime_error(fmt::format("[Board{}] link{}: {}", n, port, error.what()));
-            }
+    const auto make = [&](PortNumber at, const std::string& text) {
+        try {
+            links.push_back(makeLinks(at, text, find));
+        } catch (const std::exception& error) {
+            throw std::runtime_error(fmt::format("[Board{}] link{}: {}", at.board, at.port, error.what()));
         }
+    };
+    // The defaults first: a pair that is asked for takes its other end from them.
+    for (std::uint32_t n = 0; n < setup.boards.size(); ++n) {
+        for (std::uint32_t port = 0; port < setup.boards[n].ports; ++port) {
+            if (setup.boards[n].links.count(port) == 0)
+                make({n, port}, defaultLink);
+        }
+    }
+    for (std::uint32_t n = 0; n < setup.boards.size(); ++n) {
+        for (const auto& [port, text] : setup.boards[n].links)
+            make({n, port}, text);
     }
     apply(setup);
     for (auto& each : links)

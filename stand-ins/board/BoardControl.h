@@ -72,7 +72,8 @@ struct KivoBoardControl {
     uint32_t (*boardCount)(void);
     uint32_t (*portCount)(uint32_t board);
 
-    /// Plugs a port: "none", "pair:BOARD.PORT", "file:IN.pcap,OUT.pcap" (either name may be empty).
+    /// Plugs a port: "none", "camera", "camera:OPTIONS", "interface:NAME", "tap:NAME", "pair:BOARD.PORT",
+    /// "file:IN.pcap,OUT.pcap" (either name may be empty).
     /// A pair is plugged at both ends. On a negative status `error` holds the reason in words.
     int32_t (*plug)(uint32_t board, uint32_t port, const char* link, char* error, size_t errorSize);
     size_t (*link)(uint32_t board, uint32_t port, char* text, size_t size);

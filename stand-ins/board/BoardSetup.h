@@ -10,6 +10,7 @@
 namespace emulated_board {
 
 constexpr std::uint32_t boardsMax = 32;
+constexpr const char* defaultLink = "camera";
 
 /// How one board is fitted. The defaults are those of the set-up file.
 struct BoardSetup {
@@ -25,7 +26,7 @@ struct BoardSetup {
     std::uint32_t pauseMs = 500; ///< 0: no flow control
     std::uint32_t phyResetReads = 0;
     std::map<std::uint32_t, std::uint32_t> actionTimeoutsPerSecond; ///< by port; the others have none
-    std::map<std::uint32_t, std::string> links; ///< by port; the others are plugged to nothing
+    std::map<std::uint32_t, std::string> links;                     ///< by port; the others have defaultLink
 };
 
 struct Setup {

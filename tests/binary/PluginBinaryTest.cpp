@@ -177,6 +177,7 @@ TEST_F(PluginBinaryTest, aPortLivesAsTheFrameworkWantsIt)
         {
             const Interface port = makePort(plugin);
             EXPECT_EQ(port->id(), "board 0 port 0");
+            board().plug(0, 0, "none", nullptr, 0);
             ASSERT_TRUE(port->open());
             const auto events = port->eventQueue();
             events->enabled = true;

@@ -1,5 +1,6 @@
 #include "tests/stand-ins/EmulatedBoard.h"
 
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -81,8 +82,21 @@ EmulatedBoard::EmulatedBoard(const std::string& setupIniText)
     }
     if (status != 0)
         throw std::runtime_error("the set-up was refused");
+    unplugCameras();
     m_control->setJournalCapacity(journalCapacityCalls);
     m_control->clearJournal();
+}
+
+void EmulatedBoard::unplugCameras() const
+{
+    for (std::uint32_t board = 0; board < m_control->boardCount(); ++board) {
+        for (std::uint32_t port = 0; port < m_control->portCount(board); ++port) {
+            std::array<char, 8> link{};
+            m_control->link(board, port, link.data(), link.size());
+            if (std::string(link.data()) == "camera")
+                m_control->plug(board, port, "none", nullptr, 0);
+        }
+    }
 }
 
 void EmulatedBoard::failCall(std::uint64_t n)

@@ -9,8 +9,8 @@
 namespace mesk::tests {
 
 /// The emulated board as a test sees it. Constructing it loads `kivo_hal` from the unit tests' root,
-/// takes the built-in set-up (or the one whose INI text is given), switches off and on, and starts an
-/// empty journal.
+/// takes the built-in set-up (or the one whose INI text is given), switches off and on, pulls the plugs of
+/// the cameras that stand at all other ports, and starts an empty journal.
 class EmulatedBoard {
 public:
     explicit EmulatedBoard(const std::string& setupIniText = {});
@@ -38,6 +38,7 @@ public:
 
 private:
     KivoBoardHeld held() const;
+    void unplugCameras() const;
 
     const KivoBoardControl* m_control;
 };

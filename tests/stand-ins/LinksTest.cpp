@@ -1,9 +1,11 @@
+#include "stack/NetworkNode.h"
 #include "tests/stand-ins/BoardDevice.h"
 
 #include <arpa/inet.h>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <net/if.h>
 #include <netpacket/packet.h>
@@ -224,6 +226,64 @@ TEST_F(MachineLink, hearsNothingOfItsOwnWhereTheKernelGivesItBack)
     EXPECT_TRUE(far.send(frameOfType(60)));
     EXPECT_EQ(device.receive(0, waitMaxMs), transmission(frameOfType(60), 60)) << "the same, but another's";
     EXPECT_EQ(linkCounters(board).framesIn, 1U);
+}
+
+/// How many threads this process has.
+auto threads()
+{
+    const std::filesystem::directory_iterator all("/proc/self/task");
+    return std::distance(begin(all), end(all));
+}
+const auto threadsAtStart = threads();
+
+/// Whether the links have that many; the system shows one a little longer than it lives.
+bool haveThreads(int count)
+{
+    return eventually([count] { return threads() == threadsAtStart + count; });
+}
+
+TEST(CameraLink, standsAtEachPortAndWakesUpWhenThePortIsUsed)
+{
+    const EmulatedBoard board;
+    ASSERT_EQ(board.control().loadSetup(nullptr), 0);
+    const Device device;
+    std::array<char, 8> text{};
+    board.control().link(1, 1, text.data(), text.size());
+    EXPECT_STREQ(text.data(), "camera");
+    EXPECT_TRUE(haveThreads(0)) << "nobody uses a port";
+
+    using mesk::stack::NetworkNode;
+    NetworkNode node(MacAddress(0x02, 0x4B, 0, 0, 0, 1), [&device](const QByteArray& frame) {
+        device.send(Bytes(frame.begin(), frame.end()), 1);
+    });
+    node.setAddress({IpAddress(0xC0A84D01), 24});
+    std::optional<MacAddress> owner;
+    QByteArray acknowledge;
+    node.bind(50000, [&](const auto& datagram, auto) { acknowledge = datagram.data; });
+    const auto now = std::chrono::steady_clock::now();
+    node.resolve(
+        IpAddress(0xC0A84D15), [&](const auto& mac, auto) { owner = mac; }, now);
+    node.sendUdp(IpAddress(0xFFFFFFFF), 3956, 50000, QByteArray::fromHex("4211000200000001"),
+                 now); // discovery
+    for (int frames = 0; frames < 20 && (!owner || acknowledge.isEmpty()); ++frames) {
+        QByteArray frame;
+        const Words words = device.receive(1, waitMaxMs);
+        for (std::size_t i = 1; i < words.size(); ++i)
+            frame.append(char(words[i])).append(char(words[i] >> 8));
+        node.receive(frame, now);
+    }
+    EXPECT_EQ(owner, MacAddress(0x02, 0x4B, 0, 1, 0, 1));
+    EXPECT_EQ(acknowledge.left(8), QByteArray::fromHex("0000000300f80001"));
+    EXPECT_TRUE(acknowledge.contains("EC0001"));
+    EXPECT_TRUE(haveThreads(1));
+    device.write("GigeTxDisableCrcGeneration1", 1);
+    device.send(frameOfType(64), 1); // without a check sequence
+    device.write("GigeTxDisableCrcGeneration1", 0);
+    device.send(frameOfType(1520), 1);
+    EXPECT_TRUE(eventually([&] { return linkCounters(board, 1).framesRefused == 2; }));
+    EXPECT_EQ(plug(board, 1, "none"), "");
+    EXPECT_TRUE(haveThreads(0));
+    EXPECT_THAT(plug(board, 1, "camera:tin=can"), HasSubstr("tin"));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,5 +1,6 @@
 #include "stand-ins/board/links/LinkFactory.h"
 
+#include "stand-ins/board/links/CameraLink.h"
 #include "stand-ins/board/links/FileLink.h"
 #include "stand-ins/board/links/InterfaceLink.h"
 #include "stand-ins/board/links/PairLink.h"
@@ -28,6 +29,29 @@ std::vector<Plugged> makeNone(const Request& request)
         throw std::runtime_error("the link 'none' takes nothing behind it");
     std::vector<Plugged> result;
     result.push_back({request.port, "none", nullptr});
+    return result;
+}
+
+/// Each port has a device of its own. Their addresses differ up to the 14th board, as far as a net of 256 has
+/// room; those of later boards have the addresses of the first ones, and other MAC addresses.
+emulated_camera::CameraSetup cameraAt(PortNumber port)
+{
+    constexpr std::uint32_t firstAddress = 0xC0A84D14; // 192.168.77.20
+    constexpr std::uint32_t addressesPerBoard = 16;
+    constexpr std::uint32_t boardsWithAddresses = 14;
+    const std::uint32_t board = port.board % boardsWithAddresses;
+    emulated_camera::CameraSetup setup;
+    setup.mac = MacAddress(0x02, 0x4B, 0x00, 0x01, std::uint8_t(port.board), std::uint8_t(port.port));
+    setup.serialNumber = QByteArray::fromStdString(fmt::format("EC{:02}{:02}", port.board, port.port));
+    setup.persistentAddress = {IpAddress(firstAddress + port.port + addressesPerBoard * board), 24};
+    return setup;
+}
+
+std::vector<Plugged> makeCamera(const Request& request)
+{
+    const auto setup = emulated_camera::parseCameraSetup(request.arguments, cameraAt(request.port));
+    std::vector<Plugged> result;
+    result.push_back({request.port, request.text, std::make_unique<CameraLink>(setup, request.end)});
     return result;
 }
 
@@ -76,8 +100,9 @@ struct Kind {
 };
 
 // A new kind of link is one more line here.
-constexpr std::array<Kind, 5> kinds{{
+constexpr std::array<Kind, 6> kinds{{
     {"none", "none", makeNone},
+    {"camera", "camera[:OPTIONS]", makeCamera},
     {"interface", "interface:NAME", makeDevice<InterfaceLink>},
     {"tap", "tap:NAME", makeDevice<TapLink>},
     {"pair", "pair:BOARD.PORT", makePair},
@@ -119,7 +144,7 @@ std::vector<Plugged> makeLinks(PortNumber port, const std::string& text, const F
         if (name == kind.name)
             return kind.make({port, *end, text, arguments, find});
     }
-    throw std::runtime_error(fmt::format("unknown link '{}'; there are {}", text, allForms()));
+    throw std::runtime_error(fmt::format("unknown link '{}', known are: {}", text, allForms()));
 }
 
 } // namespace emulated_board
