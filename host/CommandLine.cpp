@@ -77,8 +77,8 @@ void declareOptions(CLI::App& app, Options& options)
     app.add_option("--port", options.port, "port of the board (0)")->check(index)->type_name("N");
     app.add_option(
            "--link", options.link,
-           "plug the port for this run: none, camera[:OPTIONS], interface:NAME, tap:NAME, pair:BOARD.PORT, "
-           "file:IN.pcap,OUT.pcap")
+           "plug the port for this run: camera[:OPTIONS], interface:NAME, tap:NAME, pair:BOARD.PORT,\n"
+           "file:IN.pcap,OUT.pcap, none (see docs/emulated-board.md)")
         ->type_name("LINK");
     app.add_option("--setup", options.setupFile, "set-up of the emulated board")
         ->check(CLI::ExistingFile.description(""))
@@ -97,19 +97,19 @@ void declareOptions(CLI::App& app, Options& options)
                }
                options.mac = *mac;
            },
-           "own address (02:4b:00:00:00:01), for verbs that speak for this side: none yet")
+           "MAC address of this side (02:4b:00:00:00:01)")
         ->type_name("M");
     app.add_option_function<std::string>(
            "--ip",
            [&options](const std::string& text) {
-               const auto address = parseHostAddress(text);
+               const auto address = parseNetAddress(text);
                if (!address) {
                    throw CLI::ValidationError("--ip", "'" + text +
                                                           "' is no address with prefix like 192.168.77.1/24");
                }
                options.ip = *address;
            },
-           "own address (192.168.77.1/24), for verbs that speak for this side: none yet")
+           "IP address of this side (192.168.77.1/24)")
         ->type_name("A.B.C.D/P");
     app.add_option("--write", options.writeFile, "write all frames of the run, both ways, to a capture file")
         ->type_name("FILE.pcap");
@@ -166,6 +166,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
             throw CLI::RequiredError("A verb");
         }
         line.verb = std::move(verbs.at(chosen()));
+        line.verb->adjust(line.options);
     } catch (const CLI::CallForHelp&) {
         line.output = (chosen() != nullptr ? chosen() : &app)->help();
     } catch (const CLI::CallForVersion& version) {
@@ -178,13 +179,12 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     return line;
 }
 
-std::optional<HostAddress> parseHostAddress(const std::string& text)
+std::optional<IpAddress> parseIpAddress(const std::string& text)
 {
-    HostAddress result;
-    result.address = 0;
+    quint32 address = 0;
     std::size_t start = 0;
-    for (const char separator : {'.', '.', '.', '/'}) {
-        const std::size_t end = text.find(separator, start);
+    for (const char separator : {'.', '.', '.', '\0'}) {
+        const std::size_t end = separator != '\0' ? text.find(separator, start) : text.size();
         if (end == std::string::npos) {
             return std::nullopt;
         }
@@ -192,15 +192,21 @@ std::optional<HostAddress> parseHostAddress(const std::string& text)
         if (!part) {
             return std::nullopt;
         }
-        result.address = result.address << 8 | *part;
+        address = address << 8 | *part;
         start = end + 1;
     }
-    const auto prefix = parseDecimal(text.substr(start), 32);
-    if (!prefix || *prefix == 0) {
+    return IpAddress(address);
+}
+
+std::optional<stack::NetAddress> parseNetAddress(const std::string& text)
+{
+    const std::size_t slash = text.find('/');
+    const auto address = parseIpAddress(text.substr(0, slash));
+    const auto prefix = slash != std::string::npos ? parseDecimal(text.substr(slash + 1), 32) : std::nullopt;
+    if (!address || !prefix || *prefix == 0) {
         return std::nullopt;
     }
-    result.prefixBits = *prefix;
-    return result;
+    return stack::NetAddress{*address, *prefix};
 }
 
 std::optional<MacAddress> parseStationAddress(const std::string& text)
@@ -213,13 +219,13 @@ std::optional<MacAddress> parseStationAddress(const std::string& text)
     return mac;
 }
 
-double parseSeconds(const std::string& text)
+double parseSeconds(const std::string& option, const std::string& text)
 {
     double seconds = 0;
     constexpr double secondsMax = 1e9;
     if (!CLI::detail::lexical_cast(text, seconds) || !std::isfinite(seconds) || seconds <= 0 ||
         seconds > secondsMax) {
-        throw CLI::ValidationError("--seconds", "'" + text + "' is no number of seconds above 0");
+        throw CLI::ValidationError(option, "'" + text + "' is no number of seconds above 0");
     }
     return seconds;
 }

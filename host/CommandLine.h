@@ -22,11 +22,13 @@ struct CommandLine {
 /// @param arguments without the program's own name.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
-/// "A.B.C.D/P" with decimal numbers and a prefix of 1 to 32 bits.
-std::optional<HostAddress> parseHostAddress(const std::string& text);
+/// "A.B.C.D" with decimal numbers.
+std::optional<IpAddress> parseIpAddress(const std::string& text);
+/// "A.B.C.D/P" with a prefix of 1 to 32 bits.
+std::optional<stack::NetAddress> parseNetAddress(const std::string& text);
 /// Six pairs of hexadecimal digits with ":" between them, of one station (no group address).
 std::optional<MacAddress> parseStationAddress(const std::string& text);
-/// A count of seconds above 0. Throws CLI::ValidationError.
-double parseSeconds(const std::string& text);
+/// A count of seconds above 0. Throws CLI::ValidationError with the option's name.
+double parseSeconds(const std::string& option, const std::string& text);
 
 } // namespace mesk::host

@@ -1,18 +1,11 @@
 #pragma once
 
-#include "packets/MacAddress.h"
+#include "stack/NetworkNode.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
 namespace mesk::host {
-
-/// An address and the length of its net's prefix.
-struct HostAddress {
-    std::uint32_t address = 0xC0A84D01; ///< host order: 192.168.77.1
-    unsigned prefixBits = 24;
-};
 
 /// What every verb takes.
 struct Options {
@@ -23,11 +16,15 @@ struct Options {
     std::optional<std::string> rootFolder;
     std::optional<std::string> writeFile;
     std::optional<std::string> logLevel;
-    MacAddress mac{0x02, 0x4b, 0x00, 0x00, 0x00, 0x01};
-    HostAddress ip;
+    std::optional<MacAddress> mac;
+    std::optional<stack::NetAddress> ip;
     bool reset = false;
     bool json = false;
     bool quiet = false;
+
+    /// The addresses of this side, 02:4b:00:00:00:01 and 192.168.77.1/24 unless they are given.
+    MacAddress ownMac() const { return mac.value_or(MacAddress(0x02, 0x4b, 0x00, 0x00, 0x00, 0x01)); }
+    stack::NetAddress ownAddress() const { return ip.value_or(stack::NetAddress{IpAddress(0xc0a84d01), 24}); }
 };
 
 } // namespace mesk::host

@@ -10,6 +10,7 @@ class App;
 
 namespace mesk::host {
 
+struct Options;
 class Session;
 
 /// One thing that the program does, with the arguments of its own.
@@ -22,6 +23,8 @@ public:
 
     /// Declares options and arguments; what they hold lives in the verb.
     virtual void declare(CLI::App& app) = 0;
+    /// Sets what this verb has other defaults for among the options that every verb takes.
+    virtual void adjust(Options& /*options*/) const {}
     /// @throws Failure
     virtual ExitCode run(Session& session) = 0;
 };

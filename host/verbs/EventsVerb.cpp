@@ -29,7 +29,7 @@ public:
     void declare(CLI::App& app) override
     {
         app.add_option_function<std::string>(
-               "--seconds", [this](const std::string& text) { m_seconds = parseSeconds(text); },
+               "--seconds", [this](const std::string& text) { m_seconds = parseSeconds("--seconds", text); },
                "end after S seconds; without: with Ctrl-C")
             ->type_name("S");
     }

@@ -27,7 +27,7 @@ public:
             ->check(CLI::PositiveNumber.description(""))
             ->type_name("N");
         app.add_option_function<std::string>(
-               "--seconds", [this](const std::string& text) { m_seconds = parseSeconds(text); },
+               "--seconds", [this](const std::string& text) { m_seconds = parseSeconds("--seconds", text); },
                "end after S seconds; without either: at the end of a file that is replayed, or with Ctrl-C")
             ->type_name("S");
     }

@@ -32,6 +32,38 @@ const std::vector<VerbEntry>& verbTable()
          "mesk-phy dump session.pcapng -v --verify\n"
          "tcpdump -i eth1 -U -w - | mesk-phy dump - --json | jq -c '.layers[-1]'\n",
          makeDumpVerb},
+        {"discover", "Show the devices that answer a discovery",
+         "mesk-phy discover --link camera\n"
+         "mesk-phy discover --link interface:eth1 --ip 10.77.1.99/24 --json | jq -r '.devices[].address'\n",
+         makeDiscoverVerb},
+        {"read", "Read registers of a device",
+         "mesk-phy read 0x938 0xa00 --link camera\n"
+         "mesk-phy read --device 192.168.77.20 0x938 --link camera --json | jq .registers[0].number\n",
+         makeReadVerb},
+        {"write", "Write a register of a device, under the control privilege",
+         "mesk-phy write 0x938 5000 --link camera\n"
+         "mesk-phy write --device 192.168.77.20 0x938 0x7d0 --link camera --json\n",
+         makeWriteVerb},
+        {"read-memory", "Read memory of a device",
+         "mesk-phy read-memory 0x200 64 --link camera\n"
+         "mesk-phy read-memory 0x48 32 --link camera --json | jq -r .data | xxd -r -p\n",
+         makeReadMemoryVerb},
+        {"write-memory", "Write memory of a device, under the control privilege",
+         "mesk-phy write-memory 0xe8 6e616d65 --link camera\n"
+         "mesk-phy write-memory --device 192.168.77.20 0xe8 6e616d6500000000 --link camera --json\n",
+         makeWriteMemoryVerb},
+        {"action", "Send an action command, and show who acknowledges it",
+         "mesk-phy action --device-key 1 --group-key 1 --group-mask 1 --link interface:eth1\n"
+         "mesk-phy action --device-key 0x10 --group-key 2 --group-mask 0xff --device 10.77.1.20\n",
+         makeActionVerb},
+        {"ping", "Ask for echoes, and show the time they took",
+         "mesk-phy ping 192.168.77.20 --link camera --count 3\n"
+         "mesk-phy ping 192.168.77.20 --link camera --size 1472 --interval 0.1 --json | jq .lossPercent\n",
+         makePingVerb},
+        {"arp", "Ask who has an address",
+         "mesk-phy arp 192.168.77.20 --link camera\n"
+         "mesk-phy arp 192.168.77.20 --link camera --probe --json\n",
+         makeArpVerb},
     };
     return table;
 }

@@ -17,5 +17,13 @@ std::unique_ptr<Verb> makeResetPhyVerb();
 std::unique_ptr<Verb> makeReportVerb();
 std::unique_ptr<Verb> makeEventsVerb();
 std::unique_ptr<Verb> makeDumpVerb();
+std::unique_ptr<Verb> makeDiscoverVerb();
+std::unique_ptr<Verb> makeReadVerb();
+std::unique_ptr<Verb> makeWriteVerb();
+std::unique_ptr<Verb> makeReadMemoryVerb();
+std::unique_ptr<Verb> makeWriteMemoryVerb();
+std::unique_ptr<Verb> makeActionVerb();
+std::unique_ptr<Verb> makePingVerb();
+std::unique_ptr<Verb> makeArpVerb();
 
 } // namespace mesk::host

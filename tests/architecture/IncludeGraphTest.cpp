@@ -55,7 +55,7 @@ const std::vector<Rule> rules{
      {"host/", "stack/", "packets/", "gvcp/", "interface/PhysicalNetworkInterfaceEventQueue.h",
       "interface/PhysicalNetworkInterfaceEvent.h", "interface/PniActionCommandTimeout.h", "support/platform/",
       "stand-ins/board/BoardControl.h", "stand-ins/dispatcher/DispatcherControl.h", "stand-ins/camera/",
-      "<kivo/", "<boost/", "<Q", "<CLI/", "<fmt/", "<nlohmann/", "<pcap", "<system"}},
+      "stack/", "<kivo/", "<boost/", "<Q", "<CLI/", "<fmt/", "<nlohmann/", "<pcap", "<system"}},
 };
 
 /// Headers of the operating system, and those of the standard library that reach its threads and files.

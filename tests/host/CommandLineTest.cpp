@@ -30,9 +30,9 @@ TEST(CommandLine, takesOptionsBeforeAndBehindTheVerb)
     const CommandLine line =
         parse("receive --count 3 --seconds 0.5 --mac 02:4B:00:00:00:0f --ip 10.1.2.3/8 --log detail");
     ASSERT_NE(line.verb, nullptr) << line.error;
-    EXPECT_EQ(line.options.mac.toStdString(":"), "02:4b:00:00:00:0f");
-    EXPECT_EQ(line.options.ip.address, 0x0a010203U);
-    EXPECT_EQ(line.options.ip.prefixBits, 8U);
+    EXPECT_EQ(line.options.ownMac().toStdString(":"), "02:4b:00:00:00:0f");
+    EXPECT_EQ(line.options.ownAddress().address.toUInt32(), 0x0a010203U);
+    EXPECT_EQ(line.options.ownAddress().prefixBits, 8U);
     EXPECT_EQ(parse("boards --log 4").options.logLevel, "4");
 }
 

@@ -1,0 +1,65 @@
+#include "host/Session.h"
+#include "host/gvcp/ActionSender.h"
+#include "host/gvcp/GvcpStatus.h"
+#include "host/net/Holder.h"
+#include "host/verbs/NetArguments.h"
+#include "host/verbs/VerbTable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace mesk::host {
+
+namespace {
+
+class ActionVerb : public Verb {
+public:
+    void declare(CLI::App& app) override
+    {
+        addNumber(app, "--device-key", m_keys.device, "device key")->required();
+        addNumber(app, "--group-key", m_keys.group, "group key")->required();
+        addNumber(app, "--group-mask", m_keys.groupMask, "group mask")->required();
+        addIpAddress(app, "--device", m_device, "to one device (all, by broadcast)");
+        addSecondsOption(app, "--wait", m_wait, "how long answers are waited for (0.5)");
+    }
+
+    ExitCode run(Session& session) override
+    {
+        Holder holder(session);
+        const auto wait = secondsAfter(stack::TimePoint(), m_wait).time_since_epoch();
+        const std::vector<ActionAnswer> answers =
+            sendAction(holder.node(), holder.loop(), m_device.value_or(IpAddress::broadcast()), m_keys, wait);
+        Json devices = Json::array();
+        for (const ActionAnswer& each : answers) {
+            devices.push_back(
+                {{"address", each.address.toStdString()}, {"status", gvcpStatusText(each.status)}});
+        }
+        if (answers.empty()) {
+            session.output().words("no device answers");
+        }
+        session.output().result({{"deviceKey", hexText(m_keys.device)},
+                                 {"groupKey", hexText(m_keys.group)},
+                                 {"groupMask", hexText(m_keys.groupMask)},
+                                 {"devices", std::move(devices)}},
+                                {"devices"});
+        const bool done = std::any_of(answers.begin(), answers.end(), [](const ActionAnswer& each) {
+            return each.status == GvcpStatus::Success;
+        });
+        return done ? ExitCode::Done : ExitCode::Nothing;
+    }
+
+private:
+    ActionKeys m_keys;
+    std::optional<IpAddress> m_device;
+    double m_wait = 0.5;
+};
+
+} // namespace
+
+std::unique_ptr<Verb> makeActionVerb()
+{
+    return std::make_unique<ActionVerb>();
+}
+
+} // namespace mesk::host
