@@ -19,7 +19,8 @@ namespace {
 constexpr const char* exitCodes =
     "Exit codes: 0 done, 1 nothing found, nothing came, refused, lost, different or\n"
     "            damaged, 2 usage, 3 board or library missing, 130 interrupted";
-constexpr const char* programExamples = "mesk-phy boards\n"
+constexpr const char* programExamples = "mesk-phy tour\n"
+                                        "mesk-phy read 0x938 --link camera\n"
                                         "mesk-phy relay samples/camera-session.pcap --to 1 --reset\n"
                                         "mesk-phy receive --link file:session.pcap, --json\n";
 

@@ -24,7 +24,7 @@ public:
     /// Declares options and arguments; what they hold lives in the verb.
     virtual void declare(CLI::App& app) = 0;
     /// Sets what this verb has other defaults for among the options that every verb takes.
-    virtual void adjust(Options& /*options*/) const {}
+    virtual void adjust(Options& /*options*/) {}
     /// @throws Failure
     virtual ExitCode run(Session& session) = 0;
 };

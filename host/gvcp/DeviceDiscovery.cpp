@@ -49,7 +49,7 @@ public:
             m_nextTry = now + m_pause;
             m_node.sendUdp(IpAddress::broadcast(), GVCPPacket::Port, localPort, m_command.serialize(), now);
         }
-        return m_found.size() >= m_enough;
+        return countWithAddress() >= m_enough;
     }
     std::vector<FoundDevice> found() const
     {
@@ -69,13 +69,28 @@ private:
             ack.requestId() != m_command.requestId()) {
             return;
         }
-        const FoundDevice device = deviceOf(ack, datagram);
-        const bool known = std::any_of(m_found.begin(), m_found.end(), [&device](const FoundDevice& each) {
-            return each.mac == device.mac && each.address == device.address;
-        });
-        if (!known) {
-            m_found.push_back(device);
+        add(deviceOf(ack, datagram));
+    }
+    /// A device that was still without an address when it answered first counts with the one that it has now.
+    void add(const FoundDevice& device)
+    {
+        for (FoundDevice& each : m_found) {
+            const bool sameAddress = each.address == device.address || device.address == IpAddress();
+            if (each.mac == device.mac && sameAddress) {
+                return;
+            }
+            if (each.mac == device.mac && each.address == IpAddress()) {
+                each = device;
+                return;
+            }
         }
+        m_found.push_back(device);
+    }
+    std::size_t countWithAddress() const
+    {
+        return static_cast<std::size_t>(
+            std::count_if(m_found.begin(), m_found.end(),
+                          [](const FoundDevice& each) { return each.address != IpAddress(); }));
     }
 
     stack::NetworkNode& m_node;

@@ -12,7 +12,7 @@ namespace mesk::host {
 
 /// A device that has answered a discovery. Texts are as the device gives them, in no known character set.
 struct FoundDevice {
-    IpAddress address; ///< as the device tells it, else that of its answer
+    IpAddress address; ///< as the device tells it, else that of its answer; 0.0.0.0 while it has none
     MacAddress mac;    ///< likewise
     std::string manufacturer;
     std::string model;
@@ -23,7 +23,7 @@ struct FoundDevice {
 
 /// Asks all devices on the net who they are, by broadcast, with leave to answer by broadcast as those must
 /// that belong to another net. Asks several times within the wait.
-/// @param enough ends the wait as soon as so many have answered.
+/// @param enough ends the wait as soon as so many with an address have answered.
 /// @returns each device once, in the order of their addresses.
 /// @throws Interruption
 std::vector<FoundDevice> discoverDevices(stack::NetworkNode& node, Loop& loop, stack::Duration wait,

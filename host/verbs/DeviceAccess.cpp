@@ -15,7 +15,9 @@ constexpr auto discoveryWait = std::chrono::milliseconds(600);
 
 IpAddress onlyDevice(Holder& holder)
 {
-    const auto found = discoverDevices(holder.node(), holder.loop(), discoveryWait);
+    auto found = discoverDevices(holder.node(), holder.loop(), discoveryWait);
+    const auto unusable = [](const FoundDevice& each) { return each.address == IpAddress(); };
+    found.erase(std::remove_if(found.begin(), found.end(), unusable), found.end());
     if (found.empty()) {
         throw Failure(ExitCode::Nothing, "no device answers a discovery (--device names one)");
     }

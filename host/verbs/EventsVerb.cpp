@@ -1,11 +1,9 @@
 #include "host/CommandLine.h"
 #include "host/Interrupt.h"
-#include "host/Port.h"
+#include "host/PortEvents.h"
 #include "host/Session.h"
 #include "host/Stopwatch.h"
 #include "host/verbs/VerbTable.h"
-#include "interface/PhysicalNetworkInterfaceEventQueue.h"
-#include "interface/PniActionCommandTimeout.h"
 #include "support/platform/os/Clock.h"
 
 #include <CLI/CLI.hpp>
@@ -16,8 +14,6 @@
 namespace mesk::host {
 
 namespace os = kivo::templates::platform::os;
-using kivo::core::mesk::PhysicalNetworkInterfaceEvent;
-using kivo::core::mesk::PniActionCommandTimeout;
 
 namespace {
 
@@ -36,40 +32,28 @@ public:
 
     ExitCode run(Session& session) override
     {
-        // The events and their queue are of the plugin's making: they end with this scope, before it does.
-        const auto queue = session.openPort().eventQueue();
+        PortEvents events(session.openPort());
         const Stopwatch watch;
-        queue->enabled = true;
-        std::uint64_t events = 0;
+        std::uint64_t count = 0;
         bool taken = true;
         while (taken && !interruptRequested() && watch.seconds() < m_seconds) {
-            boost::shared_ptr<PhysicalNetworkInterfaceEvent> event;
-            if (queue->queue->tryPop(event)) {
-                ++events;
-                taken = show(session.output(), events, watch.roundedSeconds(), *event);
+            if (const auto event = events.take()) {
+                ++count;
+                taken = session.output().record({{"number", count},
+                                                 {"seconds", watch.roundedSeconds()},
+                                                 {"type", event->type},
+                                                 {"name", event->name},
+                                                 {"count", event->count}},
+                                                columnWidths);
             } else {
                 os::sleepMs(lookPauseMs);
             }
         }
-        session.output().words(fmt::format("{} events in {:.1f} s", events, watch.seconds()));
-        return events != 0 ? ExitCode::Done : ExitCode::Nothing;
+        session.output().words(fmt::format("{} events in {:.1f} s", count, watch.seconds()));
+        return count != 0 ? ExitCode::Done : ExitCode::Nothing;
     }
 
 private:
-    static bool show(Output& output, std::uint64_t number, double seconds,
-                     const PhysicalNetworkInterfaceEvent& event)
-    {
-        Json record = {{"number", number}, {"seconds", seconds}, {"type", event.type}};
-        if (event.type == PniActionCommandTimeout::eventType) {
-            record["name"] = "actionCommandTimeout";
-            record["count"] = static_cast<const PniActionCommandTimeout&>(event).count;
-        } else {
-            record["name"] = "unknown";
-            record["count"] = 0;
-        }
-        return output.record(record, columnWidths);
-    }
-
     double m_seconds = std::numeric_limits<double>::infinity();
 };
 

@@ -25,5 +25,9 @@ std::unique_ptr<Verb> makeWriteMemoryVerb();
 std::unique_ptr<Verb> makeActionVerb();
 std::unique_ptr<Verb> makePingVerb();
 std::unique_ptr<Verb> makeArpVerb();
+std::unique_ptr<Verb> makeDhcpServerVerb();
+std::unique_ptr<Verb> makeDhcpClientVerb();
+std::unique_ptr<Verb> makeCameraVerb();
+std::unique_ptr<Verb> makeTourVerb();
 
 } // namespace mesk::host

@@ -1,5 +1,6 @@
 #include "host/gvcp/GvcpClient.h"
 
+#include "host/gvcp/ActionSender.h"
 #include "host/gvcp/DeviceDescription.h"
 #include "host/gvcp/DeviceDiscovery.h"
 #include "host/gvcp/MessageChannel.h"
@@ -263,6 +264,10 @@ TEST_F(GvcpClientTest, findsEachDeviceOnce)
     net.answer = [this](const auto& command) {
         GVCPDiscoveryAckPacket ack(0, command.id());
         ack.setModelName("Fake");
+        ack.setMacAddress(MacAddress(2, 0, 0, 0, 0, 9));
+        net.device.sendUdpFrame(net.own.mac(), IpAddress(), IpAddress(TestNet::ownIp), 3956, command.fromPort,
+                                ack.serialize()); // one that has no address yet
+        ack.setMacAddress({});
         net.say(command, ack.serialize()); // a block without addresses
         ack.setMacAddress(MacAddress(2, 0, 0, 0, 0, 9));
         ack.setCurrentIp(IpAddress(0x0a000009));
@@ -281,6 +286,24 @@ TEST_F(GvcpClientTest, findsEachDeviceOnce)
     EXPECT_EQ(found[1].address.toStdString() + found[1].mac.toStdString(":"), "10.0.0.2002:00:00:00:00:02");
     EXPECT_EQ(discoverDevices(net.own, net, std::chrono::seconds(1), 2).size(), 2U);
     EXPECT_EQ(net.commands.size(), 4U) << "enough at the first answers";
+}
+
+TEST_F(GvcpClientTest, sendsAnActionOnceAndTakesEachDevicesAnswerOnce)
+{
+    net.answer = [this](const auto& command) {
+        net.acknowledge(command, {}, 0x8013);
+        net.acknowledge(command, {});
+        net.say(
+            command,
+            GVCPAckPacket(0, 0x101, static_cast<quint16>(command.id() + 1), {}, NetworkOrder).serialize());
+    };
+    const auto answers =
+        sendAction(net.own, net, IpAddress::broadcast(), {1, 0x20, 0xff}, std::chrono::seconds(1));
+    ASSERT_EQ(net.commands.size(), 1U);
+    EXPECT_EQ(net.commands[0].bytes.left(6) + net.commands[0].bytes.mid(8),
+              hex("42010100000c 00000001 00000020 000000ff"));
+    ASSERT_EQ(answers.size(), 1U);
+    EXPECT_EQ(answers[0].status, 0x8013);
 }
 
 TEST(DeviceDescription, isFoundAndSummed)

@@ -1,55 +1,21 @@
 #include "host/CaptureReader.h"
 #include "host/OutgoingFrame.h"
+#include "tests/host/ProgramRun.h"
 
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 
 #include <csignal>
 
 // The program as it is run from a shell, with the plugin's binary and the emulated board behind it.
 
 using mesk::host::CaptureReader;
-using nlohmann::json;
 using testing::HasSubstr;
 
 namespace {
-
-constexpr int runMaxMs = 60000;
-
-struct Outcome {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-    json result() const { return json::parse(out); }
-};
-
-Outcome finished(QProcess& process)
-{
-    Outcome run;
-    if (process.waitForFinished(runMaxMs) && process.exitStatus() == QProcess::NormalExit) {
-        run.exitCode = process.exitCode();
-    }
-    run.out = process.readAllStandardOutput().toStdString();
-    run.err = process.readAllStandardError().toStdString();
-    return run;
-}
-
-void start(QProcess& process, const QStringList& arguments)
-{
-    process.start(QStringLiteral(MESK_PHY_FILE), arguments);
-}
-
-Outcome runProgram(const QString& words, const QStringList& more = {})
-{
-    QProcess process;
-    start(process, words.split(QLatin1Char(' ')) + more);
-    return finished(process);
-}
 
 std::vector<QByteArray> framesOf(const std::string& path)
 {
