@@ -41,7 +41,7 @@ void AddressConfiguration::start(const Choices& choices, TimePoint now)
     tryFrom(Method::Persistent, now);
 }
 
-void AddressConfiguration::force(const NetAddress& address, const IpAddress& gateway, Forced forced,
+void AddressConfiguration::force(const NetAddress& address, const IpAddress& gateway, const Forced& forced,
                                  TimePoint now)
 {
     probe(
@@ -170,7 +170,7 @@ DhcpClient::Events AddressConfiguration::dhcpEvents()
     return events;
 }
 
-void AddressConfiguration::probe(const NetAddress& address, Probed probed, TimePoint now)
+void AddressConfiguration::probe(const NetAddress& address, const Probed& probed, TimePoint now)
 {
     m_node.cancelProbe(m_probed);
     m_probed = address.address;

@@ -37,7 +37,7 @@ public:
     /// Drops what there is, and begins with the first choice.
     void start(const Choices& choices, mesk::stack::TimePoint now);
     /// Takes an address at somebody's command, unless it is in use.
-    void force(const mesk::stack::NetAddress& address, const IpAddress& gateway, Forced forced,
+    void force(const mesk::stack::NetAddress& address, const IpAddress& gateway, const Forced& forced,
                mesk::stack::TimePoint now);
 
     Method method() const;
@@ -57,7 +57,7 @@ private:
     void tryPersistent(mesk::stack::TimePoint now);
     bool isOutOfServers(mesk::stack::TimePoint now) const;
     mesk::stack::DhcpClient::Events dhcpEvents();
-    void probe(const mesk::stack::NetAddress& address, Probed probed, mesk::stack::TimePoint now);
+    void probe(const mesk::stack::NetAddress& address, const Probed& probed, mesk::stack::TimePoint now);
     void take(Method method, const mesk::stack::NetAddress& address, const IpAddress& gateway,
               mesk::stack::TimePoint now);
     void meetConflict(mesk::stack::TimePoint now);

@@ -16,6 +16,7 @@ using mesk::stack::TimePoint;
 namespace {
 
 constexpr quint16 periodicEventId = 0x9002;
+constexpr double nanosecondsPerSecond = 1e9, eventPeriodMaxNanoseconds = 3600e9;
 
 CameraMemory makeMemory(const CameraSetup& setup)
 {
@@ -80,7 +81,8 @@ struct CameraDevice::D {
     }
     mesk::stack::Duration eventPeriod() const
     {
-        return std::chrono::nanoseconds(qint64(1e9 / setup.eventsPerSecond));
+        return std::chrono::nanoseconds(
+            qint64(std::min(nanosecondsPerSecond / setup.eventsPerSecond, eventPeriodMaxNanoseconds)));
     }
 
     CameraSetup setup;
@@ -110,6 +112,7 @@ void CameraDevice::powerOn(TimePoint now)
     d->isOn = true;
     d->wire.expire(now);
     d->memory.powerOn();
+    d->memory.setNumber(Register::PendingTimeout, d->gvcp.pendingTimeoutMs());
     d->clock.reset(now);
     d->registers.powerOn();
     d->gvcp.powerOn();

@@ -104,6 +104,11 @@ void CameraGvcp::configureAddress(TimePoint now)
     m_device.addresses.start(choices, now);
 }
 
+quint32 CameraGvcp::pendingTimeoutMs() const
+{
+    return m_pendingAfter.count() == 0 ? 0 : quint32((m_pendingAfter + pendingMargin).count());
+}
+
 void CameraGvcp::expire(TimePoint now)
 {
     while (!m_pending.empty() && m_pending.front().due <= now) {

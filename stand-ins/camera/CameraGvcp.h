@@ -42,6 +42,9 @@ public:
     /// Begins anew with the address, by what the registers say.
     void configureAddress(mesk::stack::TimePoint now);
 
+    /// What a read or a write takes at most, 0 if it takes no time.
+    quint32 pendingTimeoutMs() const;
+
     void expire(mesk::stack::TimePoint now);
     mesk::stack::TimePoint nextDeadline() const;
 

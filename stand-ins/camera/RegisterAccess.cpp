@@ -165,6 +165,9 @@ void RegisterAccess::takeEffect(quint32 address, quint32 value, TimePoint now)
     case Register::TestEvent:
         sendTestEvent(value, now);
         break;
+    case Register::IpConfiguration: // a link-local address is always the last choice
+        m_memory.setNumber(address, (value & (ipPersistent | ipDhcp)) | ipLinkLocal);
+        break;
     case Register::MessagePort:
         if (value == 0)
             m_messages.close();

@@ -30,6 +30,8 @@ TEST(CameraAddress, persistentOneIsProbedAndAnnounced)
     bench.pass(250ms);
     EXPECT_THAT(arpMessages(bench.sent), ElementsAre(probe, probe, probe));
     EXPECT_FALSE(bench.camera.address().isThere());
+    bench.tell(hex("42010002 0000 0005"), {}, true); // answered all the same, from nowhere to all
+    EXPECT_EQ(bench.sent.at(0).left(6) + bench.sent.at(0).mid(26, 8), hex("ffffffffffff 00000000 ffffffff"));
     bench.pass(3s);
     EXPECT_THAT(arpMessages(bench.sent), ElementsAre(announcement, announcement));
     EXPECT_STREQ(bench.camera.addressMethod(), "persistent");
