@@ -81,6 +81,13 @@ TEST(CameraAddress, oneInUseIsLeftForTheNextChoice)
     EXPECT_STREQ(besieged.camera.addressMethod(), "link-local");
 }
 
+int discovers(CameraBench& bench)
+{
+    const std::vector<QByteArray> messages = bench.heard();
+    return int(std::count_if(messages.begin(), messages.end(),
+                             [](const QByteArray& each) { return each.contains(hex("350101")); }));
+}
+
 TEST(CameraAddress, comesFromAServerWhileThereIsOne)
 {
     CameraBench bench("dhcp", false);
@@ -103,19 +110,17 @@ TEST(CameraAddress, comesFromAServerWhileThereIsOne)
               hex("0000 0081 00000006 0a000007 ff000000"));
     talk(9000); // renewed
     EXPECT_STREQ(bench.camera.addressMethod(), "dhcp");
+    bench.heard();
     bench.pass(1h); // the server is gone
     EXPECT_STREQ(bench.camera.addressMethod(), "link-local");
-    bench.sent.clear();
+    EXPECT_EQ(discovers(bench), 3);
     bench.pass(1h); // and not asked for again
     EXPECT_THAT(bench.sent, IsEmpty());
 
     CameraBench alone("dhcp", false);
     alone.pass(20s);
     EXPECT_STREQ(alone.camera.addressMethod(), "link-local");
-    std::size_t discovers = 0;
-    for (const QByteArray& message : alone.heard())
-        discovers += message.startsWith(hex("01010600"));
-    EXPECT_EQ(discovers, 3U);
+    EXPECT_EQ(discovers(alone), 3);
 }
 
 TEST(CameraAddress, isForcedByTheMacAddress)
@@ -149,5 +154,8 @@ TEST(CameraAddress, isForcedByTheMacAddress)
     EXPECT_EQ(bench.camera.address().address, ip("192.168.77.20"));
     restart.replace(28, 4, hex("e0000001"));
     EXPECT_THAT(bench.ask(restart, client, true), ElementsAre(hex("80020005 0000 2274")));
+    bench.pass(3s);
+    bench.tell(hex("42010082 0008 0001 00000a00 00000002"));
+    EXPECT_THAT(bench.ask(force, client, true), ElementsAre(hex("80060005 0000 2274")));
 }
 } // namespace

@@ -33,7 +33,8 @@ struct Client {
 class CameraBench {
 public:
     explicit CameraBench(const std::string& setup = {}, bool waitForAddress = true)
-        : camera(parseCameraSetup(setup, {}), [this](const QByteArray& frame) { sent.push_back(frame); })
+        : mac(parseCameraSetup(setup, {}).mac)
+        , camera(parseCameraSetup(setup, {}), [this](const QByteArray& frame) { sent.push_back(frame); })
     {
         camera.powerOn(now);
         if (!waitForAddress)
@@ -66,8 +67,8 @@ public:
         UdpPacket udp(client.port, 3956, message, true);
         IPv4Packet packet(client.address, broadcast ? IpAddress::broadcast() : camera.address().address,
                           &udp);
-        const MacAddress to = broadcast ? MacAddress::broadcast() : MacAddress(0x02, 0x4b, 0, 0, 0, 0x20);
-        camera.receive(EthernetFrame(client.mac, to, &packet).serialize(), now);
+        camera.receive(
+            EthernetFrame(client.mac, broadcast ? MacAddress::broadcast() : mac, &packet).serialize(), now);
     }
     std::vector<QByteArray> ask(const QByteArray& message, const Client& client = {}, bool broadcast = false)
     {
@@ -95,6 +96,7 @@ public:
     QByteArray takeControl() { return command("0082 00000a00 00000002"); }
     void arp(const char* digits) { camera.receive(hex(digits).leftJustified(60, '\0'), now); }
 
+    MacAddress mac;
     std::vector<QByteArray> sent;
     mesk::stack::TimePoint now{1h};
     quint16 lastId = 0x1000;

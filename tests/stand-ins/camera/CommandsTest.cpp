@@ -89,15 +89,17 @@ TEST(CameraCommands, discoveryTellsTheFirstRegisters)
     EXPECT_THAT(bench.ask(hex("42010002 0000 0005")), ElementsAre(hex("00000003 00f8 0005") + block));
     EXPECT_THAT(bench.ask(hex("42000002 0000 0005")), IsEmpty());
     // Where the answer goes: to the client; to all if it says so or is in another net.
-    const auto addressees = [&bench](const char* message, const Client& client) {
+    const auto addressees = [&bench](const char* message, const Client& client, bool broadcast = true) {
         bench.sent.clear();
-        bench.tell(hex(message), client, true);
+        bench.tell(hex(message), client, broadcast);
         return bench.sent.at(0).left(6) + bench.sent.at(0).mid(30, 4);
     };
     EXPECT_EQ(addressees("42010002 0000 0006", {}), hex("024b00000001 c0a84d01"));
     EXPECT_EQ(addressees("42110002 0000 0007", {}), hex("ffffffffffff ffffffff"));
     EXPECT_EQ(addressees("42010002 0000 0008", {Client().mac, ip("10.0.0.1"), 9}),
               hex("ffffffffffff ffffffff"));
+    EXPECT_EQ(addressees("42010080 0004 0009 00000000", {Client().mac, ip("10.0.0.1"), 9}, false),
+              hex("024b00000001 0a000001")); // by a router
 }
 
 TEST(CameraCommands, descriptionStandsWhereTheFirstUrlSays)
@@ -194,6 +196,8 @@ TEST(CameraCommands, privilegeKeepsOthersOutUntilTheHeartbeatStops)
               done); // exclusive: others may read this register alone
     EXPECT_EQ(bench.command("0080 00000a00 0000a000", other), hex("8006 0081 00000001"));
     EXPECT_EQ(bench.command("0084 00000048 00000020", other), hex("8006 0085"));
+    EXPECT_EQ(bench.command("0082 00000a00 12340005"), done);
+    EXPECT_EQ(bench.command("0082 00000a00 12340002", other), denied);
     EXPECT_EQ(bench.command("0082 00000a00 12340006"), done); // who has the key takes over
     EXPECT_EQ(bench.command("0082 00000a00 12350002", other), denied);
     EXPECT_EQ(bench.command("0082 00000a00 12340002", other), done);

@@ -58,12 +58,11 @@ TEST(CameraEvents, isRepeatedUntilItIsAcknowledged)
     bench.pass(300ms);
     EXPECT_THAT(bench.heard(), ElementsAre(second, second));
     EXPECT_EQ(bench.camera.counters().eventsLost, 1U);
-    // What nobody acknowledges doesn't pile up, and goes with the controller.
+    // What nobody acknowledges doesn't pile up, and goes with the channel.
     bench.tell(hex("42000082 0200 0009") + hex("0000a020 00009001").repeated(64));
     EXPECT_EQ(bench.camera.counters().eventsLost, 33U);
     bench.heard();
-    bench.command("0082 00000a00 00000000");
-    bench.heard();
+    bench.command("0082 00000b00 00000000 00000b00 00001234"); // closed and open again
     bench.pass(1s);
     EXPECT_THAT(bench.heard(), IsEmpty());
 }
