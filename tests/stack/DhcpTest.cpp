@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
-using testing::SizeIs;
 using State = DhcpClient::State;
 using LeaseState = DhcpServer::LeaseState;
 
@@ -199,10 +198,10 @@ TEST_F(Dhcp, refusedClientStartsAgain)
     wire.run(2s);
     EXPECT_EQ(log().substr(0, 3), "1* ");
     serverNode.setAddress(net(101)); // not leased itself, nor the ends of its net
-    serve(255, 255);
-    EXPECT_TRUE(server->isExhausted());
-    serve(101, 101);
-    EXPECT_TRUE(server->isExhausted());
+    for (const quint8 last : {quint8(0), quint8(101), quint8(255)}) {
+        serve(last, last);
+        EXPECT_TRUE(server->isExhausted());
+    }
 }
 
 namespace {
@@ -293,7 +292,7 @@ TEST_F(Dhcp, serverAnswersRecordedClientsAsRecordedServersDid)
 TEST_F(Dhcp, relayedAnswerGoesToTheRelayAndForeignRequestsEndAnOffer)
 {
     const std::vector<QByteArray> frames = captured("dhcp_dnsmasq_udhcpc");
-    serve(158, 158);
+    serve(158, 159);
     QByteArray relayed = frames[1];
     relayed.replace(messageAt + 24, 4, hex("0a4d0132"));
     serverNode.receive(relayed, wire.now);
@@ -305,7 +304,14 @@ TEST_F(Dhcp, relayedAnswerGoesToTheRelayAndForeignRequestsEndAnOffer)
     toOther.replace(toOther.indexOf(hex("36040a4d0114")), 6, hex("36040a4d0115"));
     serverNode.receive(toOther, wire.now);
     EXPECT_THAT(states(), ElementsAre(LeaseState::Released));
+    log();
     serverNode.receive(frames[9], wire.now);
+    serverNode.receive(frames[1], wire.now); // it forgot its lease, which holds all the same
+    EXPECT_THAT(states(), ElementsAre(LeaseState::Bound));
+    QByteArray asksForAnother = frames[9];
+    asksForAnother.replace(asksForAnother.indexOf(hex("32040a4d019e")), 6, hex("32040a4d019f"));
+    serverNode.receive(asksForAnother, wire.now);
+    EXPECT_EQ(log(), "5:158 2:158 6* ");
     serverNode.receive(frames[15], wire.now);
     EXPECT_THAT(states(), ElementsAre(LeaseState::Released));
     wire.run(DhcpServer::offerTime);

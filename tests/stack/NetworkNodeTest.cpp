@@ -8,6 +8,8 @@
 using testing::ElementsAre;
 using testing::SizeIs;
 
+static_assert(after(never, 1s) == never && after(never - 1s, 2s) == never && after(never - 2s, 2s) == never);
+
 namespace {
 class Node : public testing::Test {
 protected:
