@@ -1,6 +1,7 @@
 #include "stand-ins/board/links/CameraLink.h"
 
 #include "stand-ins/camera/CameraDevice.h"
+#include "support/platform/os/Thread.h"
 
 namespace emulated_board {
 
@@ -75,6 +76,7 @@ bool CameraLink::isIdle() const
 /// The device's life.
 void CameraLink::live()
 {
+    kivo::templates::platform::os::nameCurrentThread("camera");
     emulated_camera::CameraDevice device(m_setup, [this](const QByteArray& frame) { deliver(frame); });
     device.powerOn(Clock::now());
     while (!m_stopped.load(std::memory_order_relaxed)) {

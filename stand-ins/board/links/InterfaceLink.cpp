@@ -66,9 +66,12 @@ InterfaceLink::Handle InterfaceLink::activate(const std::string& interface, int 
     if (status == PCAP_ERROR_PERM_DENIED || status == PCAP_ERROR_PROMISC_PERM_DENIED)
         throw std::runtime_error(fmt::format("no permission to listen at {} and to send there; {}", interface,
                                              adviceOnRights("net_raw")));
-    if (status < 0)
+    if (status < 0) {
+        const std::string what = pcap_statustostr(status), detail = pcap_geterr(handle.get());
         throw std::runtime_error(
-            fmt::format("{}: {}: {}", interface, pcap_statustostr(status), pcap_geterr(handle.get())));
+            fmt::format("{}: {}{}", interface, what,
+                        detail.empty() || detail == what ? "" : fmt::format(" ({})", detail)));
+    }
     if (pcap_datalink(handle.get()) != DLT_EN10MB)
         throw std::runtime_error(interface + ": no Ethernet interface");
     return handle;
