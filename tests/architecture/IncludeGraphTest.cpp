@@ -47,15 +47,15 @@ const std::vector<Rule> rules{
     {"stack/", {"stack/", "packets/", "gvcp/", "<Q", "<chrono>"}},
     {"stand-ins/framework/", {"<kivo/", "<boost/", "stand-ins/framework/", "<system"}},
     {"stand-ins/board/",
-     {"stand-ins/board/", "stand-ins/camera/", "stack/", "support/platform/os/TapDevice.h", "<Q", "<pcap",
-      "<fmt/", "<system"}},
+     {"stand-ins/board/", "stand-ins/camera/", "stack/", "support/platform/os/", "<Q", "<pcap", "<fmt/",
+      "<system"}},
     {"stand-ins/dispatcher/", {"stand-ins/dispatcher/", "<spdlog/", "<system"}},
     {"stand-ins/camera/", {"stand-ins/camera/", "stack/", "packets/", "gvcp/", "<Q"}},
     {"host/",
      {"host/", "stack/", "packets/", "gvcp/", "interface/PhysicalNetworkInterfaceEventQueue.h",
       "interface/PhysicalNetworkInterfaceEvent.h", "interface/PniActionCommandTimeout.h", "support/platform/",
       "stand-ins/board/BoardControl.h", "stand-ins/dispatcher/DispatcherControl.h", "stand-ins/camera/",
-      "stack/", "<kivo/", "<boost/", "<Q", "<CLI/", "<fmt/", "<nlohmann/", "<pcap", "<system"}},
+      "<kivo/", "<boost/", "<Q", "<CLI/", "<fmt/", "<nlohmann/", "<pcap", "<system"}},
 };
 
 /// Headers of the operating system, and those of the standard library that reach its threads and files.
