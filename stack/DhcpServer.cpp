@@ -228,7 +228,8 @@ void DhcpServer::D::reply(const Question& question, const IpAddress& address)
 void DhcpServer::D::sendToRelay(const Question& question, const DhcpPacket& answer)
 {
     QByteArray bytes = answer.serialize();
-    qToBigEndian(question.packet.giaddr().toUInt32(), bytes.data() + relayAt);
+    const quint32 relay = qToBigEndian(question.packet.giaddr().toUInt32());
+    bytes.replace(relayAt, int(sizeof relay), reinterpret_cast<const char*>(&relay), int(sizeof relay));
     node.sendUdpFrame(question.senderMac, node.address().address, question.packet.giaddr(),
                       DhcpPacket::ServerPort, DhcpPacket::ServerPort, bytes);
 }
