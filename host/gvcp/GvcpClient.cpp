@@ -41,6 +41,24 @@ std::string memoryText(quint32 address, quint32 count)
     return fmt::format("{} bytes of memory at 0x{:08x}", count, address);
 }
 
+/// The command under way.
+struct Exchange {
+    quint16 id = 0;
+    quint16 ackCode = 0;
+    TimePoint answerBy; ///< then the command is sent again
+    TimePoint giveUpAt; ///< pending acknowledges reach no further
+    bool answered = false;
+    quint16 status = 0;
+    QByteArray payload;
+};
+
+/// While this side has the control privilege.
+struct Control {
+    TimePoint nextBeat = stack::never; ///< until the device has granted it
+    stack::Duration beatPause = heartbeatDefault / beatsPerTimeout;
+    quint16 beatId = 0;
+};
+
 } // namespace
 
 GvcpRefusal::GvcpRefusal(const std::string& what, quint16 status)
@@ -50,21 +68,6 @@ GvcpRefusal::GvcpRefusal(const std::string& what, quint16 status)
 }
 
 struct GvcpClient::D {
-    struct Exchange {
-        quint16 id = 0;
-        quint16 ackCode = 0;
-        TimePoint answerBy; ///< then the command is sent again
-        TimePoint giveUpAt; ///< pending acknowledges reach no further
-        bool answered = false;
-        quint16 status = 0;
-        QByteArray payload;
-    };
-    struct Control {
-        TimePoint nextBeat = stack::never; ///< until the device has granted it
-        stack::Duration beatPause = heartbeatDefault / beatsPerTimeout;
-        quint16 beatId = 0;
-    };
-
     D(stack::NetworkNode& ownNode, Loop& ownLoop, const IpAddress& asked, const Timing& times)
         : node(ownNode)
         , loop(ownLoop)
