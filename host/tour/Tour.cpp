@@ -126,6 +126,7 @@ std::string Tour::D::giveLease()
     };
     server = std::make_unique<DhcpServer>(holder->node(), *pool, leaseTime, events);
     if (!await(leaseWait, [this] { return leased.has_value(); })) {
+        server.reset(); // a net that has no use for it is left alone
         throw orSkipped("nobody asked for an address");
     }
     return fmt::format("{} has {}", leased->client.toStdString(":"), leased->address.toStdString());
