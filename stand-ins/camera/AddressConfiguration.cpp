@@ -166,7 +166,11 @@ DhcpClient::Events AddressConfiguration::dhcpEvents()
         m_discoversBefore = m_dhcp.discoversSent();
         m_changed(now);
     };
-    events.declined = [this](const IpAddress&, TimePoint) { ++m_conflicts; };
+    // Whose address is declined is there: as many discovers again.
+    events.declined = [this](const IpAddress&, TimePoint) {
+        ++m_conflicts;
+        m_discoversBefore = m_dhcp.discoversSent();
+    };
     return events;
 }
 
