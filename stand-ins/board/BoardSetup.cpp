@@ -118,6 +118,8 @@ const std::map<QString, Setter>& boardKeys()
         {key("lineSpeed"), [](BoardSetup& b, const Value& v) { b.lineSpeed = v.choice("false", "true"); }},
         {key("oddFrames"),
          [](BoardSetup& b, const Value& v) { b.announceOdd = v.choice("padded", "announced"); }},
+        {key("partialWords"),
+         [](BoardSetup& b, const Value& v) { b.readPartialWords = v.choice("left", "read"); }},
         {key("pauseMs"), [](BoardSetup& b, const Value& v) { b.pauseMs = v.number(0, waitMaxMs); }},
         {key("phyResetReads"),
          [](BoardSetup& b, const Value& v) { b.phyResetReads = v.number(0, UINT32_MAX); }},

@@ -23,7 +23,8 @@ struct BoardSetup {
     std::uint32_t actionCapacityWords = 256;
     bool lineSpeed = false;
     bool announceOdd = false;
-    std::uint32_t pauseMs = 500; ///< 0: no flow control
+    bool readPartialWords = false; ///< a read of two and a half words brings three
+    std::uint32_t pauseMs = 500;   ///< 0: no flow control
     std::uint32_t phyResetReads = 0;
     std::map<std::uint32_t, std::uint32_t> actionTimeoutsPerSecond; ///< by port; the others have none
     std::map<std::uint32_t, std::string> links;                     ///< by port; the others have defaultLink

@@ -19,9 +19,10 @@ constexpr std::chrono::milliseconds stopLook(10);
 
 } // namespace
 
-void DataQueue::powerOn(std::uint32_t capacityWords)
+void DataQueue::powerOn(std::uint32_t capacityWords, bool readPartialWords)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_readPartialWords = readPartialWords;
     if (m_ring.size() != capacityWords)
         m_ring.assign(capacityWords, 0);
     m_lostWords = 0;
@@ -33,8 +34,9 @@ void DataQueue::powerOn(std::uint32_t capacityWords)
 std::int32_t DataQueue::read(void* buffer, std::uint32_t sizeBytes, std::chrono::milliseconds timeout,
                              const std::function<bool()>& usable)
 {
-    const std::uint32_t asked = std::uint32_t(sizeBytes / wordBytes);
     std::unique_lock<std::mutex> lock(m_mutex);
+    const std::uint32_t asked =
+        std::uint32_t((sizeBytes + (m_readPartialWords ? wordBytes - 1 : 0)) / wordBytes);
     if (m_size < asked) {
         m_stalled = false;
         const auto deadline = Clock::now() + timeout;

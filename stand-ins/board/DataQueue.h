@@ -18,7 +18,9 @@ constexpr std::uint32_t endOfTransmission = 0x10000;
 /// [any thread]
 class DataQueue {
 public:
-    void powerOn(std::uint32_t capacityWords);
+    /// @param readPartialWords whether a read rounds up what is no whole number of words, so that it
+    /// writes behind what it was asked for.
+    void powerOn(std::uint32_t capacityWords, bool readPartialWords);
 
     /// Takes up to `sizeBytes` bytes of whole words. Waits until all of them are there; when the
     /// time-out runs out it takes what is there, and is a time-out only if that is nothing. `usable`
@@ -59,6 +61,7 @@ private:
     std::uint32_t m_first = 0;
     std::uint32_t m_size = 0;
     std::int32_t m_lostWords = 0;
+    bool m_readPartialWords = false;
     bool m_stalled = false;
     std::atomic<std::uint32_t> m_waiters{0};
 };

@@ -24,8 +24,8 @@ Port::Port(std::uint32_t number, RegisterFile& registers, const MdioEngine& phys
 void Port::powerOn(const BoardSetup& setup)
 {
     m_transmitter.powerOn(setup.lineSpeed);
-    m_receiveQueue.powerOn(setup.receiveCapacityWords);
-    m_actionQueue.powerOn(setup.actionCapacityWords);
+    m_receiveQueue.powerOn(setup.receiveCapacityWords, setup.readPartialWords);
+    m_actionQueue.powerOn(setup.actionCapacityWords, false);
     m_announceOdd.store(setup.announceOdd, std::memory_order_relaxed);
     m_pauseMs.store(setup.pauseMs, std::memory_order_relaxed);
     for (Counter* each : {&m_framesSent, &m_bytesSent, &m_framesReceived, &m_bytesReceived, &m_framesDropped,

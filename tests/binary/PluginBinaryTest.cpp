@@ -53,7 +53,8 @@ public:
         if (MESK_COVERAGE_BUILD) // without the map, shared names of the C++ library keep it
             return;
         EXPECT_EQ(dlopen(m_path.c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr);
-        EXPECT_EQ(mesk::tests::bytesOf("/proc/self/maps").find(m_path), std::string::npos);
+        const std::string shown = m_path.substr(m_path.rfind("./", 0) == 0 ? 2 : 0); // maps are absolute
+        EXPECT_EQ(mesk::tests::bytesOf("/proc/self/maps").find(shown), std::string::npos);
     }
 
     template <typename T>

@@ -136,6 +136,10 @@ TEST_F(FrameReceive, badTransmissionsAreToldFromEachOther)
     badEnd({1}, 4, "0 - TRANSMISSION_SIZE: 2 - RESULT: 4");
     badEnd({64}, 3, "0 - TRANSMISSION_SIZE: 128 - RESULT: 0");
     badEnd({1}, 0x7FFFFFFF, "0 - TRANSMISSION_SIZE: 2 - RESULT: 2147483644"); // looks at no word behind
+    success(*port, transmission(64, 32)); // whose end isn't that of what is claimed and not written
+    badEnd({65}, 128, "0 - TRANSMISSION_SIZE: 130 - RESULT: 128");
+    success(*port, transmission(66, 33));
+    badEnd({65}, 132, "0 - TRANSMISSION_SIZE: 130 - RESULT: 132");
     const auto badSize = [&](const Words& words, const std::string& sizes) {
         tell(words, 0, 4,
              "transmission size validity check failed! (expected: " + sizes + ") [lost words: 3]");
@@ -144,11 +148,21 @@ TEST_F(FrameReceive, badTransmissionsAreToldFromEachOther)
     badSize(transmission(67, 32), "134, received: 128");
     badSize(transmission(65537, 32768), "131074, received: 131072");
     badSize(transmission(0x80010000, 32768), "131072, received: 131072"); // doubling wraps
-    EXPECT_THAT(counters(*port), ElementsAre(0, 0, 0, 0, 0, 5, 4, 0));
+    EXPECT_THAT(counters(*port), ElementsAre(0, 0, 2, 130, 0, 7, 4, 0));
 
     log.setLevel(7);
     board.inject(0, transmission(64, 32, false));
     EXPECT_EQ(failure(*port), queueRead(4) + queueRead(128)) << "no line, so no question for lost words";
+}
+
+TEST_F(FrameReceive, aWordTooManyIsNoOddSize)
+{
+    const mesk::tests::EmulatedBoard rounding("[Board0]\npartialWords=read\n");
+    const auto port = openPort(0);
+    board.inject(0, transmission(65, 33));
+    EXPECT_EQ(failure(*port), queueRead(4) + queueRead(130) +
+                                  "DataQueueGetNrOfLostWords(0)\n4 'p': transmission size validity check "
+                                  "failed! (expected: 130, received: 132) [lost words: 0]\n");
 }
 
 TEST_F(FrameReceive, runOfReadErrorsLogsOnceCountsAndSleepsEachTime)

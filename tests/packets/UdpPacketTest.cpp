@@ -127,18 +127,4 @@ TEST(UdpPacket, choosesTheApplicationByPorts)
         EXPECT_EQ(std::unique_ptr<ApplicationPacket>(packet.applicationPacket()) != nullptr, isDhcp);
     }
 }
-
-TEST(UdpPacket, standsDamage)
-{
-    forEachDamage(discovery, [](const QByteArray& bytes) {
-        const UdpPacket packet(bytes);
-        EXPECT_EQ(packet.serialize(from, to),
-                  packet.isValid() ? bytes.leftJustified(8, '\0').left(int(packet.length())) : "");
-        UdpPacket again(packet);
-        again.setData(packet.payload());
-        EXPECT_EQ(UdpPacket(again.serialize(from, to)).payload(), packet.payload());
-        const std::unique_ptr<ApplicationPacket> next(packet.applicationPacket());
-        EXPECT_TRUE(next == nullptr || next->headerSize() == 8);
-    });
-}
 } // namespace

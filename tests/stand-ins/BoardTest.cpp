@@ -169,6 +169,26 @@ TEST(BoardLinks, framesForWhomNobodyReadsAreLostAndCounted)
     }
 }
 
+TEST(BoardControl, tellsWhatIsHeldAndHoldsWhatItIsToldTo)
+{
+    EmulatedBoard board;
+    const KivoBoardControl& control = board.control();
+    {
+        const Device device, other;
+        EXPECT_EQ(board.openHandles() * 10 + board.openDesigns(), 22u);
+        EXPECT_EQ(control.holdPhy(0, 2, 1) | control.freezeTransmitter(0, 1, 5), 0);
+        device.write("GigE_MdioPhyAddr", 2);
+        device.mdioWrite(0, 0x9140);
+        for (int reads = 0; reads < 100; ++reads)
+            EXPECT_EQ(device.mdioRead(0) & 0x8000, 0x8000u);
+        EXPECT_EQ(device.read("GigeTxTransferActive1"), 5u);
+        EXPECT_EQ(device.read("GigeTxTransferActive0"), 0u) << "of another port";
+        EXPECT_EQ(control.holdPhy(0, 2, 0) | control.freezeTransmitter(0, 1, 0), 0);
+        EXPECT_EQ((device.mdioRead(0) & 0x8000) | device.read("GigeTxTransferActive1"), 0u);
+    }
+    EXPECT_EQ(board.openHandles() + board.openDesigns(), 0u);
+}
+
 TEST(BoardScripts, answerTheCallsTheyAreFor)
 {
     EmulatedBoard board;

@@ -118,6 +118,8 @@ KivoBoardHeld EmulatedBoard::held() const
 
 std::vector<KivoBoardCall> EmulatedBoard::calls() const
 {
+    if (m_control->journalDropped() != 0)
+        throw std::runtime_error("the journal was too small for the calls");
     std::vector<KivoBoardCall> calls;
     KivoBoardCall call{};
     while (m_control->journalEntry(calls.size(), &call) == 0)

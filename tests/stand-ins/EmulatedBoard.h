@@ -25,6 +25,7 @@ public:
     std::uint32_t openHandles() const { return held().devices; }
     std::uint32_t openDesigns() const { return held().designs; }
 
+    /// Throws if the journal hasn't held them all.
     std::vector<KivoBoardCall> calls() const;
     /// The journal as one line a call: "KHalInitDevice(0)", "KHalRegisterWrite(GigE_Reset, 15)",
     /// "KHalRegisterRead(MdioReadReg)", "DovGetRegisterByName(GigE_Mdio)",
