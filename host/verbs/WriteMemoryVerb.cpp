@@ -39,7 +39,7 @@ public:
 private:
     static QByteArray parseHex(const std::string& text)
     {
-        const QByteArray data = QByteArray::fromHex(QByteArray::fromStdString(text));
+        QByteArray data = QByteArray::fromHex(QByteArray::fromStdString(text));
         if (data.isEmpty() || data.toHex() != QByteArray::fromStdString(text).toLower()) {
             throw CLI::ValidationError("HEX", "'" + text + "' is no run of pairs of hexadecimal digits");
         }

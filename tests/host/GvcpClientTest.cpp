@@ -183,7 +183,7 @@ TEST_F(GvcpClientTest, keepsControlAndGivesItBackWhateverHappens)
     net.answer = [&](const auto& command) {
         const QByteArray payload = command.bytes.mid(8);
         if (command.code() == writeCode && !denied && payload.startsWith(hex("00000a00")))
-            privilege = static_cast<quint32>(payload.at(7));
+            privilege = static_cast<quint8>(payload.at(7));
         if (payload == hex("00000000"))
             return; // nobody answers for register 0
         const bool heartbeat = payload == hex("00000938");

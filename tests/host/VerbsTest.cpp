@@ -20,8 +20,8 @@ namespace {
 /// Runs the words with the camera, set up as told, and expects an exit code.
 Outcome runWithCamera(const char* words, const char* camera = "", int exitCode = 0)
 {
-    const Outcome run = runProgram(QString::fromLatin1(words) + QLatin1String(" --json --link camera:") +
-                                   QLatin1String(camera));
+    Outcome run = runProgram(QString::fromLatin1(words) + QLatin1String(" --json --link camera:") +
+                             QLatin1String(camera));
     EXPECT_EQ(run.exitCode, exitCode) << words << "\n" << run.err;
     return run;
 }
