@@ -49,8 +49,9 @@ InternetPacket* InternetPacket::copyOf(const InternetPacket& packet)
 
 QByteArray InternetPacket::serializeIn(const FrameRoom& room, const InternetPacket& packet)
 {
-    // Of this class exactly: a class derived from it may serialise in another way.
-    if (typeid(packet) == typeid(IPv4Packet))
+    // Of this class exactly: a class derived from it may serialise in another way. By address, since equal
+    // names would also be those of another binary with this library in it, whose records may be others.
+    if (&typeid(packet) == &typeid(IPv4Packet))
         return static_cast<const IPv4Packet&>(packet).serializeIn(room);
     return room.arrayOf(packet.serialize());
 }

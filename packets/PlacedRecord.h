@@ -28,6 +28,6 @@ public:
 private:
     static constexpr std::size_t alignment = alignof(void*);
 
-    alignas(alignment) std::byte m_place[sizeBytes];
     Record* const m_record;
+    alignas(alignment) std::byte m_place[sizeBytes];
 };

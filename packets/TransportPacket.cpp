@@ -45,8 +45,9 @@ TransportPacket* TransportPacket::copyOf(const TransportPacket& packet)
 QByteArray TransportPacket::serializeIn(const FrameRoom& room, const TransportPacket& packet,
                                         const IpAddress& source, const IpAddress& destination)
 {
-    // Of this class exactly: a class derived from it may serialise in another way.
-    if (typeid(packet) == typeid(UdpPacket))
+    // Of this class exactly: a class derived from it may serialise in another way. By address, since equal
+    // names would also be those of another binary with this library in it, whose records may be others.
+    if (&typeid(packet) == &typeid(UdpPacket))
         return static_cast<const UdpPacket&>(packet).serializeIn(room, source, destination);
     return room.arrayOf(packet.serialize(source, destination));
 }

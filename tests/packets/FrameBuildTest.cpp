@@ -36,10 +36,18 @@ QByteArray joined(const char* type, const QByteArray& packet)
 
 void expectJoined(const char* type, InternetPacket&& packet)
 {
-    const QByteArray written = EthernetFrame(cameraMac, hostMac, &packet).serialize();
+    const EthernetFrame frame(cameraMac, hostMac, &packet);
+    const QByteArray written = frame.serialize();
     const quint16 length = packet.lengthField();
     EXPECT_EQ(written, joined(type, packet.serialize()));
     EXPECT_EQ(length, packet.lengthField());
+    const std::unique_ptr<InternetPacket> beside(frame.internetPacket());
+    ASSERT_NE(beside, nullptr);
+    EXPECT_NE(beside.get(), &packet);
+    EXPECT_EQ(beside->lengthField(), 0) << "the header image was copied";
+    EXPECT_EQ(beside->sourceAddress(), packet.sourceAddress());
+    const bool tagged = dynamic_cast<const TaggedIPv4*>(&packet) != nullptr; // which a copy is not
+    EXPECT_EQ(beside->serialize(), packet.serialize().mid(tagged ? 3 : 0));
 }
 
 void expectJoined(TransportPacket&& packet)

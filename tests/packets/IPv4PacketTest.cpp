@@ -138,6 +138,7 @@ TEST(IPv4Packet, carriesChild)
     const std::unique_ptr<InternetPacket> copy(InternetPacket::copyOf(packet));
     EXPECT_EQ(copy->lengthField(), 0) << "the header image was copied";
     EXPECT_EQ(copy->serialize(), packet.serialize());
+    EXPECT_EQ(IPv4Packet(*copy).lengthField(), 0);
     EXPECT_EQ(IPv4Packet(*copy).serialize(), packet.serialize());
 
     Child odd;

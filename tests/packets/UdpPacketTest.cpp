@@ -71,6 +71,7 @@ TEST(UdpPacket, computesTheChecksum)
     EXPECT_EQ(off.serialize(from, to), hex("04d2 0f74 000b 0000 616263"));
     const std::unique_ptr<TransportPacket> copy(TransportPacket::copyOf(off));
     EXPECT_EQ(copy->serialize(from, to), abc) << "a copy has its checksum on";
+    EXPECT_EQ(UdpPacket(static_cast<const TransportPacket&>(off)).serialize(from, to), abc);
 }
 
 TEST(UdpPacket, keepsReceivedChecksumUntilARealChange)
