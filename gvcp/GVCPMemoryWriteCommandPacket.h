@@ -14,6 +14,8 @@
 /// what was received. Never throws. [one thread at a time]
 class GVCPMemoryWriteCommandPacket : public GVCPCommandPacket {
 public:
+    /// @param data as for setData(): shared also beyond the call, so memory that it only views must stay
+    /// good.
     GVCPMemoryWriteCommandPacket(quint16 requestId, quint32 address, const QByteArray& data);
     explicit GVCPMemoryWriteCommandPacket(const QByteArray& bytes);
     explicit GVCPMemoryWriteCommandPacket(ByteSlice&& bytes);
