@@ -82,8 +82,8 @@ bool CaptureReader::next(QByteArray& frame, FrameStamp* stamp)
         return false;
     }
     if (result != 1) {
-        throw Failure(ExitCode::Nothing, fmt::format("{}: damaged behind frame {}: {}", d->path, framesRead(),
-                                                     pcap_geterr(d->pcap)));
+        throw Failure(ExitCode::Nothing, fmt::format("{}: can't be read behind frame {}: {}", d->path,
+                                                     framesRead(), pcap_geterr(d->pcap)));
     }
     const std::uint64_t frames = framesRead() + 1;
     d->frames.store(frames, std::memory_order_relaxed);

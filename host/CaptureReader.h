@@ -29,7 +29,8 @@ public:
 
     /// @param stamp takes what the capture tells of the frame; null for nobody.
     /// @returns false at the end, and once an interrupt was requested while a stream had no more.
-    /// @throws Failure where the file is damaged; everything before that place has been given.
+    /// @throws Failure where the file is damaged, or goes on with another link type; everything before that
+    /// place has been given.
     bool next(QByteArray& frame, FrameStamp* stamp = nullptr);
 
     /// How many frames were read. [any thread]

@@ -63,7 +63,7 @@ TEST_F(Capture, givesBackWhatWasWrittenAndAllThatStandsBeforeDamage)
     const int lastRecordBytes = 16 + 61;
     for (int cut = 1; cut < lastRecordBytes; ++cut) {
         const std::string text = readAll(put("cut.pcap", whole.left(whole.size() - cut)), frames);
-        EXPECT_THAT(text, HasSubstr("cut.pcap: damaged behind frame 2: ")) << cut;
+        EXPECT_THAT(text, HasSubstr("cut.pcap: can't be read behind frame 2: ")) << cut;
         EXPECT_EQ(frames.size(), 2U) << cut;
     }
     QByteArray other = whole;
@@ -84,7 +84,12 @@ TEST_F(Capture, readsTheNewerFormat)
         QByteArray::fromHex("06000000 30000000 00000000 00000000 00000000 0e000000 0e000000"
                             "ffffffffffff 024b00000001 0806 0000 30000000");
     EXPECT_EQ(readAll(put("new.pcapng", section + interface + packet + packet), frames), "");
-    EXPECT_EQ(frames, std::vector<QByteArray>(2, QByteArray::fromHex("ffffffffffff024b000000010806")));
+    const std::vector<QByteArray> both(2, QByteArray::fromHex("ffffffffffff024b000000010806"));
+    EXPECT_EQ(frames, both);
+    const QByteArray another = QByteArray::fromHex("01000000 14000000 7100 0000 00000400 14000000");
+    EXPECT_THAT(readAll(put("two.pcapng", section + interface + packet + packet + another), frames),
+                HasSubstr("two.pcapng: can't be read behind frame 2: "));
+    EXPECT_EQ(frames, both);
 }
 
 } // namespace

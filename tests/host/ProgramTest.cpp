@@ -229,7 +229,7 @@ TEST(Program, dumpsAllThatStandsBeforeDamageAlsoFromAStream)
     run = dump(QStringLiteral("dump - --json"), capture.chopped(1));
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 95);
-    EXPECT_THAT(run.err, testing::StartsWith("mesk-phy: -: damaged behind frame 95: "));
+    EXPECT_THAT(run.err, testing::StartsWith("mesk-phy: -: can't be read behind frame 95: "));
     capture.data()[capture.size() - 1] = static_cast<char>(capture.back() ^ 1);
     EXPECT_EQ(dump(QStringLiteral("dump -"), capture).exitCode, 0);
     run = dump(QStringLiteral("dump - --verify"), capture);
