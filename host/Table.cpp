@@ -1,5 +1,9 @@
 #include "host/Table.h"
 
+#include <QString>
+
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cctype>
 
@@ -31,6 +35,9 @@ std::string cellOf(const Json& value)
             joined += (joined.empty() ? "" : ", ") + cellOf(each);
         }
         return joined;
+    }
+    if (value.is_number_float()) {
+        return fmt::format("{}", value.get<double>()); // dump() doesn't always find the fewest digits
     }
     return value.dump();
 }
@@ -86,11 +93,17 @@ std::string Table::line(const std::vector<std::string>& cells) const
 
 std::string printable(const std::string& text)
 {
-    std::string result = text;
+    if (std::all_of(text.begin(), text.end(), [](char each) { return each >= ' ' && each <= '~'; })) {
+        return text;
+    }
+    QString letters = QString::fromStdString(text); // with a replacement for what is no UTF-8
     std::replace_if(
-        result.begin(), result.end(),
-        [](char each) { return std::iscntrl(static_cast<unsigned char>(each)) != 0; }, '?');
-    return result;
+        letters.begin(), letters.end(),
+        [](QChar each) {
+            return each.category() == QChar::Other_Control || each == QChar::ReplacementCharacter;
+        },
+        QLatin1Char('?'));
+    return letters.toStdString();
 }
 
 } // namespace mesk::host

@@ -32,7 +32,8 @@ private:
     std::vector<std::size_t> m_widths;
 };
 
-/// A text as it can be put on a terminal: control characters become "?".
+/// A text as it can be put on a terminal: control characters, C1 (0x80 to 0x9f)
+/// among them, and what is no UTF-8 become "?".
 std::string printable(const std::string& text);
 
 } // namespace mesk::host

@@ -1,4 +1,5 @@
 #include "host/CaptureReader.h"
+#include "host/Table.h"
 #include "host/describe/FramePrinter.h"
 
 #include <gmock/gmock.h>
@@ -134,6 +135,14 @@ TEST(Dump, showsPeopleALineAndATree)
     EXPECT_THAT(text,
                 testing::EndsWith("        command: 0x0002\n        flags: 0x01\n        requestId: 65535\n"
                                   "        payloadLength: 0\n        payload: 0 bytes\n"));
+}
+
+TEST(Table, hasNothingThatATerminalObeysAndNoDigitTooMany)
+{
+    EXPECT_EQ(printable("\xc3\xbc\xf0\x9f\x93\xb7 \x1b\x7f\xc2\x9b\x9b\xff."),
+              "\xc3\xbc\xf0\x9f\x93\xb7 ?????.");
+    const Json record = {{"seconds", 0.339587}};
+    EXPECT_EQ(Table(record).row(record), "0.339587");
 }
 
 } // namespace
