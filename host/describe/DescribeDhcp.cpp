@@ -62,8 +62,12 @@ void summarize(Summary& summary, const DhcpPacket& packet)
 std::string whyNotValid(const DhcpPacket& packet, std::string_view bytes)
 {
     constexpr std::size_t cookieAt = 236;
+    constexpr std::size_t fixedBytes = cookieAt + 4;
     if (packet.isValid()) {
         return "";
+    }
+    if (bytes.size() < fixedBytes) {
+        return fmt::format("{} bytes are there, a message has at least {}", bytes.size(), fixedBytes);
     }
     const unsigned op = byteAt(bytes, 0);
     if (op != 1 && op != 2) {

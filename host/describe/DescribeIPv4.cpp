@@ -32,6 +32,9 @@ std::string whyNotValid(const IPv4Packet& packet, std::string_view bytes)
     constexpr unsigned version = 4;
     constexpr quint32 headerMinBytes = 20;
     constexpr std::size_t totalLengthAt = 2;
+    if (bytes.size() < headerMinBytes) {
+        return fmt::format("{} bytes are there, a header has at least {}", bytes.size(), headerMinBytes);
+    }
     if (byteAt(bytes, 0) >> 4 != version) {
         return fmt::format("version {}, not {}", byteAt(bytes, 0) >> 4, version);
     }

@@ -33,9 +33,17 @@ void summarize(Summary& summary, const UdpPacket& packet)
 std::string whyNotValid(const UdpPacket& packet, std::string_view bytes)
 {
     constexpr std::size_t lengthAt = 4;
-    return packet.isValid()
-               ? ""
-               : fmt::format("length field {}, {} bytes are there", wordAt(bytes, lengthAt), bytes.size());
+    if (packet.isValid()) {
+        return "";
+    }
+    if (bytes.size() < packet.headerSize()) {
+        return fmt::format("{} bytes are there, a header has {}", bytes.size(), packet.headerSize());
+    }
+    const unsigned length = wordAt(bytes, lengthAt);
+    if (length < packet.headerSize()) {
+        return fmt::format("length field {}, the header alone has {}", length, packet.headerSize());
+    }
+    return fmt::format("length field {}, {} bytes are there", length, bytes.size());
 }
 
 } // namespace mesk::host

@@ -44,6 +44,9 @@ ChecksumState checkUdp(std::string_view datagram, std::string_view addresses)
         return ChecksumState::Absent;
     }
     const std::size_t length = wordAt(datagram, udpLengthAt);
+    if (length < udpHeaderBytes) {
+        return ChecksumState::Bad; // the checksum itself isn't among so few bytes
+    }
     if (length > datagram.size()) {
         return ChecksumState::CutShort;
     }

@@ -30,7 +30,8 @@ struct FrameChecksums {
 };
 
 /// Checks an IPv4 packet and the ICMP message or UDP datagram in it against their checksums (RFC 791, 792,
-/// 768), which the packet classes don't.
+/// 768), which the packet classes don't. A UDP checksum with a length field below the header's 8, 0 as well,
+/// is bad.
 /// @param packet what stands behind the frame's header, with padding or without.
 FrameChecksums checkIPv4(std::string_view packet);
 

@@ -54,7 +54,7 @@ void FrameDescriber::add(std::string_view className, const Packet& packet, std::
     if (m_summary != nullptr) {
         summarize(*m_summary, packet);
         if (!reason.empty()) {
-            m_summary->info += fmt::format(" ({}: {})", m_summary->protocol, reason);
+            m_summary->reasons.push_back(fmt::format("{}: {}", m_summary->protocol, reason));
         }
     }
 }

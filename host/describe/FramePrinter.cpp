@@ -92,10 +92,14 @@ void TextFramePrinter::put(const CapturedFrame& captured, const EthernetFrame& f
 {
     m_branches.clear();
     m_summary.info.clear();
-    const std::string reason =
+    m_summary.reasons.clear();
+    std::string reason =
         FrameDescriber(m_tree ? &m_fields : nullptr, &m_summary).describe(frame, captured.bytes);
     if (!reason.empty()) {
-        m_summary.info += fmt::format("{}({})", m_summary.info.empty() ? "" : " ", reason);
+        m_summary.reasons.push_back(std::move(reason));
+    }
+    for (const std::string& each : m_summary.reasons) {
+        m_summary.info += fmt::format("{}({})", m_summary.info.empty() ? "" : " ", each);
     }
     putLine(captured, checksums);
     m_out.append(m_branches.begin(), m_branches.end());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace mesk::host {
 
@@ -10,6 +11,7 @@ struct Summary {
     std::string destination;
     std::string protocol;
     std::string info;
+    std::vector<std::string> reasons; ///< of all layers: why one isn't valid, or isn't followed by another
 };
 
 } // namespace mesk::host

@@ -34,7 +34,7 @@ void TreeFields::open(std::string_view name)
 
 void TreeFields::indent()
 {
-    fmt::format_to(fmt::appender(m_out), "{:{}}", m_startsItem ? "- " : "", m_depth * columnsPerDepth);
+    fmt::format_to(fmt::appender(m_out), "{:>{}}", m_startsItem ? "- " : "", m_depth * columnsPerDepth);
     m_startsItem = false;
 }
 

@@ -39,7 +39,7 @@ struct Change {
     const char* lastClass;
     const char* lastReason;  ///< why the last layer isn't valid
     const char* frameReason; ///< why there is no further one
-    const char* udpChecksum;
+    const char* checksum;    ///< the innermost one
 };
 void PrintTo(const Change& change, std::ostream* out)
 {
@@ -63,13 +63,23 @@ TEST_P(DumpOfAChange, namesTheLastLayerAndEveryReason)
     EXPECT_EQ(last.at("class"), change.lastClass);
     EXPECT_EQ(last.value("reason", ""), change.lastReason);
     EXPECT_EQ(result.value("reason", ""), change.frameReason);
-    EXPECT_EQ(result.value("checksums", json::object()).value("udp", ""), change.udpChecksum);
+    const json sums = result.value("checksums", json::object());
+    EXPECT_EQ(sums.value("udp", sums.value("icmp", sums.value("ipv4", ""))), change.checksum);
 }
 
 constexpr const char* command = "GVCPCommandPacket";
 constexpr const char* ethernet = "EthernetFrame";
+constexpr const char* ip = "IPv4Packet";
+constexpr const char* udp = "UdpPacket";
+constexpr const char* dhcp = "DhcpPacket";
+constexpr const char* noIp = "19 bytes are there, a header has at least 20";
+constexpr const char* noLength = "length field 0, the header alone has 8";
+constexpr const char* noDhcp = "8 bytes are there, a message has at least 240";
+constexpr const char* wrongOp = "op 66, neither 1 nor 2";
+constexpr const char* noPorts = "UDP ports 7 and 7 have no class";
+constexpr const char* cut = "cut short";
 constexpr const char* noProtocol = "IP protocol 6 has no class";
-constexpr const char* noGvcp = "3 bytes are there, GVCP needs 8";
+constexpr const char* noGvcp = "0 bytes are there, GVCP needs 8";
 
 const Change changes[] = {
     {"none", {}, 50, command, "", "", "good"},
@@ -78,16 +88,24 @@ const Change changes[] = {
     {"otherType", {{12, "86dd"}}, 50, ethernet, "", "EtherType 0x86dd has no class", ""},
     {"noArp", {{12, "0806"}}, 50, "ArpPacket", "hardware type 17664, not 1", "", ""},
     {"cutArp", {{12, "0806"}}, 41, "ArpPacket", "27 bytes are there, a message has 28", "", ""},
-    {"otherProtocol", {{23, "06"}}, 50, "IPv4Packet", "", noProtocol, ""},
-    {"version6", {{14, "65"}, {23, "06"}}, 50, "IPv4Packet", "version 6, not 4", noProtocol, ""},
-    {"cutIp", {{23, "06"}}, 33, "IPv4Packet", "total length 36, 19 bytes are there", noProtocol, ""},
-    {"cutUdp", {}, 45, "UdpPacket", "length field 16, 11 bytes are there", noGvcp, "cut short"},
-    {"fragment", {{20, "0001"}}, 50, command, "", "fragment from byte 8 on, without a header", "cut short"},
+    {"otherProtocol", {{23, "06"}}, 50, ip, "", noProtocol, "bad"},
+    {"version6", {{14, "65"}, {23, "06"}}, 50, ip, "version 6, not 4", noProtocol, "bad"},
+    {"tinyIp", {{14, "44"}, {23, "06"}}, 50, ip, "header size 16, at least 20", noProtocol, "bad"},
+    {"noIp", {{23, "06"}}, 33, ip, noIp, noProtocol, cut},
+    {"cutIp", {{23, "06"}}, 49, ip, "total length 36, 35 bytes are there", noProtocol, "bad"},
+    {"ping", {{23, "01"}, {34, "0800b5fc00000000"}}, 50, "IcmpPacket", "", "", "good"},
+    {"badPing", {{23, "01"}, {34, "0800b5fd00000000"}}, 50, "IcmpPacket", "", "", "bad"},
+    {"noUdp", {}, 41, udp, "7 bytes are there, a header has 8", noGvcp, cut},
+    // A sum over no bytes would be right.
+    {"noLength", {{26, "ffee0000"}, {34, "000700070000dead"}}, 50, udp, noLength, noPorts, "bad"},
+    {"cutUdp", {}, 42, udp, "length field 16, 8 bytes are there", noGvcp, cut},
+    {"fragment", {{20, "0001"}}, 50, command, "", "fragment from byte 8 on, without a header", cut},
     {"noSum", {{40, "0000"}}, 50, command, "", "", "absent"},
     {"badSum", {{43, "00"}}, 50, command, "", "", "bad"},
     {"padded", {{50, "0000"}}, 52, command, "", "", "good"},
-    {"otherPorts", {{36, "0007"}}, 50, "UdpPacket", "", "UDP ports 54914 and 7 have no class", "bad"},
-    {"noDhcp", {{34, "00440043"}}, 50, "DhcpPacket", "op 66, neither 1 nor 2", "", "bad"},
+    {"otherPorts", {{36, "0007"}}, 50, udp, "", "UDP ports 54914 and 7 have no class", "bad"},
+    {"noDhcp", {{34, "00440043"}}, 50, dhcp, noDhcp, "", "bad"},
+    {"wrongOp", {{16, "010c"}, {34, "0044004300f80000"}, {281, "00"}}, 282, dhcp, wrongOp, "", "absent"},
     {"wrongKey", {{42, "43"}}, 50, command, "key byte 0x43, not 0x42", "", "bad"},
     {"wrongLength", {{46, "0001"}}, 50, command, "length field 1, 0 bytes follow the header", "", "bad"},
     {"noId", {{48, "0000"}}, 50, command, "request id 0", "", "good"}, // ones' complement: 0 is ffff
@@ -135,6 +153,15 @@ TEST(Dump, showsPeopleALineAndATree)
     EXPECT_THAT(text,
                 testing::EndsWith("        command: 0x0002\n        flags: 0x01\n        requestId: 65535\n"
                                   "        payloadLength: 0\n        payload: 0 bytes\n"));
+
+    CapturedFrame broken = sampleFrame(1);
+    broken.bytes.replace(14, 1, "\x65").replace(39, 1, QByteArray(1, '\0'));
+    printer.print(broken);
+    EXPECT_THAT(fmt::to_string(buffer),
+                testing::HasSubstr("id 65535 (IPv4: version 6, not 4) (UDP: length field 0, the header alone "
+                                   "has 8) [ipv4 bad, udp bad]\n"));
+    printer.print(sampleFrame(75));
+    EXPECT_THAT(fmt::to_string(buffer), testing::HasSubstr("\n        addresses\n          - address: 0x"));
 }
 
 TEST(Table, hasNothingThatATerminalObeysAndNoDigitTooMany)
