@@ -81,7 +81,8 @@ void declareOptions(CLI::App& app, Options& options)
            "plug the port for this run: camera[:OPTIONS], interface:NAME, tap:NAME, pair:BOARD.PORT,\n"
            "file:IN.pcap,OUT.pcap, none (see docs/emulated-board.md)")
         ->type_name("LINK");
-    app.add_option("--setup", options.setupFile, "set-up of the emulated board")
+    app.add_option("--setup", options.setupFile,
+                   "set-up of the emulated board, an INI file (see docs/emulated-board.md)")
         ->check(CLI::ExistingFile.description(""))
         ->type_name("FILE");
     app.add_option("--root", options.rootFolder, "installation root (the one that this program lies in)")
@@ -119,7 +120,7 @@ void declareOptions(CLI::App& app, Options& options)
         ->each(checkLogLevel)
         ->type_name("LEVEL");
     app.add_flag("--json", options.json, "print JSON");
-    app.add_flag("--quiet", options.quiet, "no words about the work");
+    app.add_flag("--quiet", options.quiet, "no words about the work on stderr");
 }
 
 std::string oneLine(std::string text)

@@ -80,7 +80,8 @@ public:
     {
         app.add_option("SETUP", m_setupText,
                        "how it behaves, as behind 'camera:' of a link, like dhcp,events=2\n"
-                       "(see docs/emulated-board.md); --mac and --ip are the device's")
+                       "(see docs/emulated-camera.md); --mac and --ip are the device's\n"
+                       "(02:4b:00:00:00:20, 192.168.77.20/24)")
             ->type_name("TEXT");
         addSecondsOption(app, "--seconds", m_seconds, "end after S seconds; without: with Ctrl-C");
     }

@@ -19,7 +19,8 @@ IpAddress onlyDevice(Holder& holder)
     const auto unusable = [](const FoundDevice& each) { return each.address == IpAddress(); };
     found.erase(std::remove_if(found.begin(), found.end(), unusable), found.end());
     if (found.empty()) {
-        throw Failure(ExitCode::Nothing, "no device answers a discovery (--device names one)");
+        throw Failure(ExitCode::Nothing,
+                      "no device answers a discovery (--device names one, --ip the own address)");
     }
     if (found.size() > 1) {
         std::vector<std::string> addresses;

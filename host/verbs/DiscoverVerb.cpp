@@ -4,6 +4,8 @@
 #include "host/verbs/NetArguments.h"
 #include "host/verbs/VerbTable.h"
 
+#include <fmt/format.h>
+
 namespace mesk::host {
 
 namespace {
@@ -31,7 +33,9 @@ public:
         }
         const bool found = !devices.empty();
         if (!found) {
-            session.output().words("no device answers");
+            const stack::NetAddress own = session.options().ownAddress();
+            session.output().words(fmt::format("no device answers {}/{} (--ip sets the own address)",
+                                               own.address.toStdString(), own.prefixBits));
         }
         session.output().result({{"devices", std::move(devices)}}, {"devices"});
         return found ? ExitCode::Done : ExitCode::Nothing;

@@ -64,11 +64,11 @@ const std::vector<VerbEntry>& verbTable()
          "mesk-phy arp 192.168.77.20 --link camera\n"
          "mesk-phy arp 192.168.77.20 --link camera --probe --json\n",
          makeArpVerb},
-        {"dhcp-server", "Give leases",
+        {"dhcp-server", "Give addresses to who asks for one, as a DHCP server",
          "mesk-phy dhcp-server --pool 192.168.77.100-192.168.77.120 --link camera:dhcp --seconds 2\n"
          "mesk-phy dhcp-server --pool 10.77.1.50-10.77.1.59 --ip 10.77.1.99/24 --link interface:eth1\n",
          makeDhcpServerVerb},
-        {"dhcp-client", "Take a lease and keep it",
+        {"dhcp-client", "Take an address from a DHCP server, and keep it",
          "mesk-phy dhcp-client --link interface:eth1\n"
          "mesk-phy dhcp-client --link tap:mesk0 --once --release --json\n",
          makeDhcpClientVerb},
@@ -76,7 +76,7 @@ const std::vector<VerbEntry>& verbTable()
          "mesk-phy camera --link interface:eth1 --ip 10.77.1.20/24\n"
          "mesk-phy camera dhcp,events=2 --link tap:mesk0 --seconds 60\n",
          makeCameraVerb},
-        {"tour", "The main job step by step, with the emulated camera or a device of one's own",
+        {"tour", "Do the main job step by step, with the emulated camera or a device of one's own",
          "mesk-phy tour\n"
          "mesk-phy tour --link interface:eth1 --ip 10.77.1.99/24 --write tour.pcap --json\n",
          makeTourVerb},
