@@ -44,7 +44,7 @@ function(mesk_root_module name)
     set_target_properties(
         ${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY "${MESK_ROOT_BIN}"
                            INSTALL_RPATH "$ORIGIN")
-    install(TARGETS ${name} LIBRARY DESTINATION bin COMPONENT runtime)
+    install(TARGETS ${name} LIBRARY DESTINATION "${MESK_INSTALL_BIN}" COMPONENT runtime)
 endfunction()
 
 # A shared library that modules of the installation root link.
@@ -54,7 +54,7 @@ function(mesk_root_shared name)
     set_target_properties(
         ${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY "${MESK_ROOT_BIN}"
                            INSTALL_RPATH "$ORIGIN")
-    install(TARGETS ${name} LIBRARY DESTINATION bin COMPONENT runtime)
+    install(TARGETS ${name} LIBRARY DESTINATION "${MESK_INSTALL_BIN}" COMPONENT runtime)
 endfunction()
 
 # All object code of the product but the clock and the event log of the operating system:

@@ -1,16 +1,16 @@
 #include "host/CommandLine.h"
 
+#include "host/ValueWords.h"
 #include "host/verbs/VerbTable.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
-#include <map>
 
 namespace mesk::host {
 
@@ -63,9 +63,9 @@ std::optional<unsigned> parseDecimal(const std::string& text, unsigned limit)
 
 void checkLogLevel(const std::string& text)
 {
-    static const std::array<const char*, 5> words = {"detail", "information", "warning", "error", "off"};
     constexpr unsigned levelMax = 7;
-    if (std::find(words.begin(), words.end(), text) == words.end() && !parseDecimal(text, levelMax)) {
+    if (std::find(logLevelWords.begin(), logLevelWords.end(), text) == logLevelWords.end() &&
+        !parseDecimal(text, levelMax)) {
         throw CLI::ValidationError(
             "--log", "detail, information, warning, error, off or a number up to 7, not '" + text + "'");
     }
@@ -76,10 +76,9 @@ void declareOptions(CLI::App& app, Options& options)
     const auto index = CLI::Range(0, std::numeric_limits<int>::max()).description("");
     app.add_option("--board", options.board, "board (0)")->check(index)->type_name("N");
     app.add_option("--port", options.port, "port of the board (0)")->check(index)->type_name("N");
-    app.add_option(
-           "--link", options.link,
-           "plug the port for this run: camera[:OPTIONS], interface:NAME, tap:NAME, pair:BOARD.PORT,\n"
-           "file:IN.pcap,OUT.pcap, none (see docs/emulated-board.md)")
+    app.add_option("--link", options.link,
+                   fmt::format("plug the port for this run (see docs/emulated-board.md):\n{}",
+                               fmt::join(linkKinds, ", ")))
         ->type_name("LINK");
     app.add_option("--setup", options.setupFile,
                    "set-up of the emulated board, an INI file (see docs/emulated-board.md)")
@@ -116,7 +115,7 @@ void declareOptions(CLI::App& app, Options& options)
     app.add_option("--write", options.writeFile, "write all frames of the run, both ways, to a capture file")
         ->type_name("FILE.pcap");
     app.add_option("--log", options.logLevel,
-                   "log level: detail, information, warning, error, off or a number")
+                   fmt::format("log level: {} or a number", fmt::join(logLevelWords, ", ")))
         ->each(checkLogLevel)
         ->type_name("LEVEL");
     app.add_flag("--json", options.json, "print JSON");
@@ -131,20 +130,19 @@ std::string oneLine(std::string text)
 
 } // namespace
 
-CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+DeclaredVerbs declareProgram(CLI::App& app, Options& options)
 {
-    CommandLine line;
-    CLI::App app("Sends and receives raw Ethernet frames on the GigE ports of a frame-grabber board.",
-                 "mesk-phy");
+    app.name("mesk-phy");
+    app.description("Sends and receives raw Ethernet frames on the GigE ports of a frame-grabber board.");
     app.set_version_flag("--version", "mesk-phy " MESK_VERSION, "print the version");
     app.set_help_flag("-h,--help", "print this help");
     app.formatter(std::make_shared<ExamplesFirst>(programExamples));
     app.footer(exitCodes);
     app.fallthrough();
     app.require_subcommand(0, 1);
-    declareOptions(app, line.options);
+    declareOptions(app, options);
 
-    std::map<const CLI::App*, std::unique_ptr<Verb>> verbs;
+    DeclaredVerbs verbs;
     for (const VerbEntry& entry : verbTable()) {
         CLI::App* sub = app.add_subcommand(entry.name, entry.summary);
         sub->group("Verbs");
@@ -156,6 +154,14 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
         verb->declare(*sub);
         verbs.emplace(sub, std::move(verb));
     }
+    return verbs;
+}
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+{
+    CommandLine line;
+    CLI::App app;
+    DeclaredVerbs verbs = declareProgram(app, line.options);
     const auto chosen = [&app]() -> CLI::App* {
         const auto subs = app.get_subcommands();
         return subs.empty() ? nullptr : subs.front();

@@ -3,6 +3,7 @@
 #include "host/Options.h"
 #include "host/Verb.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,12 @@ struct CommandLine {
     std::string output; ///< for standard output: help, version
     std::string error;  ///< for standard error, without the program's name
 };
+
+using DeclaredVerbs = std::map<const CLI::App*, std::unique_ptr<Verb>>;
+
+/// Declares the options that every verb takes, and each verb as a subcommand. What `app` parses goes into
+/// `options` and the verbs, so both must outlive that.
+DeclaredVerbs declareProgram(CLI::App& app, Options& options);
 
 /// @param arguments without the program's own name.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
