@@ -1,5 +1,6 @@
 #include "host/Session.h"
 #include "host/gvcp/ActionSender.h"
+#include "host/gvcp/DeviceDiscovery.h"
 #include "host/gvcp/GvcpStatus.h"
 #include "host/net/Holder.h"
 #include "host/verbs/NetArguments.h"
@@ -12,6 +13,8 @@
 namespace mesk::host {
 
 namespace {
+
+constexpr auto startWait = std::chrono::milliseconds(600);
 
 class ActionVerb : public Verb {
 public:
@@ -27,6 +30,10 @@ public:
     ExitCode run(Session& session) override
     {
         Holder holder(session);
+        if (!m_device) {
+            // A device that has just started hears no broadcast before it has its address.
+            discoverDevices(holder.node(), holder.loop(), startWait, 1);
+        }
         const auto wait = secondsAfter(stack::TimePoint(), m_wait).time_since_epoch();
         const std::vector<ActionAnswer> answers =
             sendAction(holder.node(), holder.loop(), m_device.value_or(IpAddress::broadcast()), m_keys, wait);
@@ -36,7 +43,8 @@ public:
                 {{"address", each.address.toStdString()}, {"status", gvcpStatusText(each.status)}});
         }
         if (answers.empty()) {
-            session.output().words("no device answers");
+            session.output().words(
+                "no device acknowledges: it does if both keys are its own, and a bit of the mask");
         }
         session.output().result({{"deviceKey", hexText(m_keys.device)},
                                  {"groupKey", hexText(m_keys.group)},

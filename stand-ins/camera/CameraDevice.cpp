@@ -113,6 +113,9 @@ void CameraDevice::powerOn(TimePoint now)
     d->wire.expire(now);
     d->memory.powerOn();
     d->memory.setNumber(Register::PendingTimeout, d->gvcp.pendingTimeoutMs());
+    d->memory.setNumber(Register::ActionDeviceKey, d->setup.action.deviceKey);
+    d->memory.setNumber(Register::ActionGroupKey, d->setup.action.groupKey);
+    d->memory.setNumber(Register::ActionGroupMask, d->setup.action.groupMask);
     d->clock.reset(now);
     d->registers.powerOn();
     d->gvcp.powerOn();

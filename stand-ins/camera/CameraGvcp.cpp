@@ -143,8 +143,8 @@ bool CameraGvcp::isForUs(const GVCPCommandPacket& command, const Datagram& datag
         return false;
     const NetAddress& own = m_device.node.address();
     const bool isToUsAlone = own.isThere() && datagram.destination == own.address;
-    return isToUsAlone || code == Code::DiscoveryCommand || code == Code::ForceIpCommand ||
-           code == Code::ActionCommand;
+    const bool isAction = own.isThere() && code == Code::ActionCommand;
+    return isToUsAlone || isAction || code == Code::DiscoveryCommand || code == Code::ForceIpCommand;
 }
 
 void CameraGvcp::handle(const GVCPCommandPacket& command, const Asker& asker, TimePoint now)

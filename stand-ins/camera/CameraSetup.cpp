@@ -2,6 +2,7 @@
 
 #include <QList>
 
+#include <array>
 #include <map>
 #include <stdexcept>
 
@@ -45,6 +46,17 @@ struct Option {
         if (!ok)
             refuse("not a whole number of 32 bits");
         return number;
+    }
+    ActionSignal actionSignal() const
+    {
+        const QList<QByteArray> parts = value.split('/');
+        std::array<quint32, 3> numbers{};
+        bool ok = parts.size() == int(numbers.size());
+        for (std::size_t i = 0; ok && i < numbers.size(); ++i)
+            numbers[i] = parts[int(i)].toUInt(&ok, 0);
+        if (!ok)
+            refuse("not a device key, a group key and a group mask, as in 1/1/0x1");
+        return {numbers[0], numbers[1], numbers[2]};
     }
     QByteArray text() const
     {
@@ -100,6 +112,7 @@ const std::map<QByteArray, Setter>& keys()
         {"name", [](CameraSetup& s, const Option& o) { s.userName = o.text(); }},
         {"pending", [](CameraSetup& s, const Option& o) { s.pendingAfter = o.milliseconds(); }},
         {"events", [](CameraSetup& s, const Option& o) { s.eventsPerSecond = o.number(eventsPerSecondMax); }},
+        {"action", [](CameraSetup& s, const Option& o) { s.action = o.actionSignal(); }},
         {"seed", [](CameraSetup& s, const Option& o) { s.faults.seed = o.seed(); }},
         {"loss", [](CameraSetup& s, const Option& o) { s.faults.loss = o.probability(); }},
         {"duplicates", [](CameraSetup& s, const Option& o) { s.faults.duplicates = o.probability(); }},

@@ -18,6 +18,13 @@ struct Faults {
     bool silent = false;                ///< hears all, says nothing
 };
 
+/// What action signal 0 is triggered by, as if a client had written it. Without a bit in the mask: nothing.
+struct ActionSignal {
+    quint32 deviceKey = 0;
+    quint32 groupKey = 0;
+    quint32 groupMask = 0;
+};
+
 struct CameraSetup {
     enum class Start { Persistent, Dhcp, LinkLocal };
 
@@ -29,12 +36,13 @@ struct CameraSetup {
     std::chrono::milliseconds pendingAfter{0}; ///< how long reads and writes take; 0: no pending acknowledges
     bool zippedDescription = false;
     double eventsPerSecond = 0; ///< while the message channel is open; up to 1000
+    ActionSignal action;
     Faults faults;
 };
 
 /// Reads the text behind "camera:": words and KEY=VALUE, with commas between them: dhcp, link-local,
-/// address=A.B.C.D/P, mac=, serial=, name=, pending=MS, zip, events=PER_SECOND, seed=, loss=, duplicates=,
-/// wrong-ids=, cut=, delay=MS, silent.
+/// address=A.B.C.D/P, mac=, serial=, name=, pending=MS, zip, events=PER_SECOND,
+/// action=DEVICE_KEY/GROUP_KEY/GROUP_MASK, seed=, loss=, duplicates=, wrong-ids=, cut=, delay=MS, silent.
 /// @param defaults what is not named. @throws std::runtime_error whose text is for the user.
 CameraSetup parseCameraSetup(const std::string& text, CameraSetup defaults);
 
