@@ -21,13 +21,14 @@ constexpr const char* exitCodes =
     "            damaged, 2 usage, 3 board or library missing, 130 interrupted";
 constexpr const char* programExamples = "mesk-phy tour\n"
                                         "mesk-phy read 0x938 --link camera\n"
-                                        "mesk-phy relay samples/camera-session.pcap --to 1 --reset\n"
+                                        "mesk-phy relay samples/camera-session.pcap --to 1\n"
                                         "mesk-phy receive --link file:session.pcap, --json\n";
 
 /// Who opens a help looks for something to copy, so examples come first.
 class ExamplesFirst : public CLI::Formatter {
 public:
-    explicit ExamplesFirst(const std::string& examples)
+    ExamplesFirst(const std::string& examples, std::string details)
+        : m_details(std::move(details))
     {
         label("SUBCOMMAND", "VERB");
         std::size_t start = 0;
@@ -45,8 +46,15 @@ public:
         return mode == CLI::AppFormatMode::Sub ? rest : "Examples:\n" + m_head + "\n" + rest;
     }
 
+    std::string make_description(const CLI::App* app) const override
+    {
+        const std::string summary = CLI::Formatter::make_description(app);
+        return m_details.empty() ? summary : summary + "\n" + m_details + "\n";
+    }
+
 private:
     std::string m_head;
+    std::string m_details;
 };
 
 /// Reads a whole text as a decimal number of at most `limit`.
@@ -136,7 +144,7 @@ DeclaredVerbs declareProgram(CLI::App& app, Options& options)
     app.description("Sends and receives raw Ethernet frames on the GigE ports of a frame-grabber board.");
     app.set_version_flag("--version", "mesk-phy " MESK_VERSION, "print the version");
     app.set_help_flag("-h,--help", "print this help");
-    app.formatter(std::make_shared<ExamplesFirst>(programExamples));
+    app.formatter(std::make_shared<ExamplesFirst>(programExamples, ""));
     app.footer(exitCodes);
     app.fallthrough();
     app.require_subcommand(0, 1);
@@ -146,7 +154,7 @@ DeclaredVerbs declareProgram(CLI::App& app, Options& options)
     for (const VerbEntry& entry : verbTable()) {
         CLI::App* sub = app.add_subcommand(entry.name, entry.summary);
         sub->group("Verbs");
-        sub->formatter(std::make_shared<ExamplesFirst>(entry.examples));
+        sub->formatter(std::make_shared<ExamplesFirst>(entry.examples, entry.details));
         sub->footer(fmt::format(
             "'mesk-phy --help' lists the options that every verb takes, before or after it.\n\n{}",
             exitCodes));

@@ -35,6 +35,7 @@ struct VerbEntry {
     const char* summary;
     const char* examples; ///< one a line, without the leading blanks
     std::unique_ptr<Verb> (*make)();
+    const char* details = ""; ///< what else one should know before, as sentences
 };
 
 } // namespace mesk::host

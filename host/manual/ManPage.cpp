@@ -65,6 +65,7 @@ std::string section(const VerbText& verb)
 {
     std::string page =
         fmt::format(".SS {}\n{}\n.PP\n{}.\n", manText(verb.name), usage(verb), manText(verb.summary));
+    page += verb.details.empty() ? "" : manText(verb.details) + "\n";
     for (const OptionText& argument : verb.arguments) {
         page += entry(italic(argument.value), argument.description);
     }

@@ -80,8 +80,8 @@ ProgramText readProgramText()
     program.options = readOptions(app, false);
     for (const VerbEntry& entry : verbTable()) {
         const CLI::App& sub = *app.get_subcommand(entry.name);
-        program.verbs.push_back({entry.name, oneLine(entry.summary), linesOf(entry.examples),
-                                 readOptions(sub, false), readOptions(sub, true)});
+        program.verbs.push_back({entry.name, oneLine(entry.summary), oneLine(entry.details),
+                                 linesOf(entry.examples), readOptions(sub, false), readOptions(sub, true)});
     }
     return program;
 }

@@ -17,6 +17,7 @@ struct OptionText {
 struct VerbText {
     std::string name;
     std::string summary;
+    std::string details; ///< sentences, or empty
     std::vector<std::string> examples;
     std::vector<OptionText> options;
     std::vector<OptionText> arguments;

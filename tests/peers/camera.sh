@@ -59,3 +59,12 @@ with_arv_camera_test() {
 stop "$camera" INT
 expect "heartbeats that stayed away" "$(json camera.log '.statistics.heartbeatsLost // empty')" \
     "$([ "$1" = arv-camera-test ] && echo 1 || echo 0)"
+
+if [ "$1" = arv-tool ]; then
+    # shellcheck disable=SC2046
+    start example "$MESK_PHY" $(example camera)
+    await_line example.log ' address .*persistent'
+    ip -n far address add 10.77.1.1/24 dev far
+    expect "example of its help" "$(far arv-tool-0.8)" "Emulated-EC-1-EC0001 (10.77.1.20)"
+    stop "$started" INT
+fi

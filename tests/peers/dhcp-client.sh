@@ -88,6 +88,9 @@ hex_of() {
 }
 
 start_server 100 119
+# shellcheck disable=SC2046
+expect "example of its help" "$("$MESK_PHY" $(example dhcp-client) >example.log 2>&1; echo $?)" 0
+expect_line "lease given back" example.log ' released  192[.]168[.]77[.]1[01][0-9]'
 start_clients
 await_addresses '^192[.]168[.]77[.]1[01][0-9]'
 expect "lease" "$(json dhcp-client.log 'select(.change == "bound") | [.address, .server, .router, .leaseSeconds]')" \

@@ -218,6 +218,11 @@ start_mesk() {
     start "$1" "$MESK_PHY" --json --link "$link" --write "$captures/$runs-$1.pcap" "$@"
 }
 
+# example VERB: the first example of a verb's help, on $link.
+example() {
+    "$MESK_PHY" "$1" --help | sed -nE "2{s/^ *mesk-phy //; s#--link [^ ]*#--link $link#; p}"
+}
+
 # json FILE FILTER: a value of the program's output, compact; the last record where there are several.
 json() {
     jq -c -r "$2" "$1" 2>/dev/null | tail -n 1
