@@ -37,6 +37,7 @@ public:
         holder.node().setAddress({}); // --ip is for who has an address
         DhcpClient client(holder.node(), {}, events(session.output()), std::random_device{}());
         const stack::TimePoint start = holder.loop().now();
+        session.output().words("Asking for an address ...");
         client.start(start);
         holder.loop().serve(secondsAfter(start, limit()),
                             [this, &client](stack::TimePoint now) { return turn(client, now); });

@@ -64,6 +64,7 @@ public:
             show(session.output(), "refused", client, asked);
         };
         DhcpServer server(holder.node(), m_pool, std::chrono::seconds(m_leaseSeconds), events);
+        session.output().words("Waiting for who asks for an address ...");
         holder.loop().serve(secondsAfter(holder.loop().now(), m_seconds),
                             [this, &server](stack::TimePoint now) {
                                 server.expire(now);

@@ -215,7 +215,7 @@ mesk() {
 # start_mesk VERB...: the same in the background, output to VERB.log.
 start_mesk() {
     runs=$((runs + 1))
-    start "$1" "$MESK_PHY" --json --link "$link" --write "$captures/$runs-$1.pcap" "$@"
+    start "$1" "$MESK_PHY" --json --quiet --link "$link" --write "$captures/$runs-$1.pcap" "$@"
 }
 
 # example VERB: the first example of a verb's help, on $link.
