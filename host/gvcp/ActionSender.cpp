@@ -3,6 +3,7 @@
 #include "gvcp/GVCPAckPacket.h"
 #include "gvcp/GVCPCommandPacket.h"
 #include "gvcp/GVCPMessageCode.h"
+#include "host/gvcp/DeviceDiscovery.h"
 #include "host/gvcp/RequestIds.h"
 #include "host/net/PortBinding.h"
 #include "packets/ByteArrayHelpers.h"
@@ -31,8 +32,9 @@ std::vector<ActionAnswer> sendAction(stack::NetworkNode& node, Loop& loop, const
         const bool known = std::any_of(answers.begin(), answers.end(), [&datagram](const ActionAnswer& each) {
             return each.address == datagram.sender;
         });
-        if (!known && datagram.senderPort == GVCPPacket::Port && ack.isValid() &&
-            ack.acknowledge() == GVCPMessageCode::ActionAck && ack.requestId() == command.requestId()) {
+        if (!known && answers.size() < devicesMax && datagram.senderPort == GVCPPacket::Port &&
+            ack.isValid() && ack.acknowledge() == GVCPMessageCode::ActionAck &&
+            ack.requestId() == command.requestId()) {
             answers.push_back({datagram.sender, ack.status()});
         }
     };

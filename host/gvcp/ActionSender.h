@@ -21,7 +21,7 @@ struct ActionAnswer {
 };
 
 /// Sends an action command once, since a second one would be a second action, and collects what is
-/// answered.
+/// answered, up to devicesMax answers.
 /// @param to a device, or a broadcast address.
 /// @throws Interruption
 std::vector<ActionAnswer> sendAction(stack::NetworkNode& node, Loop& loop, const IpAddress& to,

@@ -1,6 +1,7 @@
 #include "host/gvcp/DeviceDescription.h"
 
 #include "host/gvcp/BootstrapRegister.h"
+#include "host/gvcp/ZipArchive.h"
 
 #include <QSet>
 #include <QString>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr int urlParts = 3;
 constexpr int hexadecimal = 16;
+constexpr int sizeMaxBytes = 64 << 20; // of a description, also when it is unpacked
 
 } // namespace
 
@@ -39,17 +41,20 @@ DescriptionPlace findDescription(GvcpClient& client)
 {
     const QByteArray url = client.readMemory(BootstrapRegister::FirstUrl, urlSizeBytes);
     const auto place = parseDescriptionUrl(url);
-    constexpr quint32 sizeMaxBytes = 64U << 20;
-    if (!place || place->sizeBytes == 0 || place->sizeBytes > sizeMaxBytes) {
+    if (!place || place->sizeBytes == 0 || place->sizeBytes > static_cast<quint32>(sizeMaxBytes)) {
         throw Failure(ExitCode::Nothing,
                       fmt::format("no description in the device: its first URL is '{}'", url.constData()));
     }
     return *place;
 }
 
-std::optional<DescriptionSummary> summarizeDescription(const QByteArray& xml)
+std::optional<DescriptionSummary> summarizeDescription(const QByteArray& file)
 {
-    QXmlStreamReader reader(xml);
+    const auto xml = isZipArchive(file) ? unzipFirstFile(file, sizeMaxBytes) : file;
+    if (!xml) {
+        return std::nullopt;
+    }
+    QXmlStreamReader reader(*xml);
     DescriptionSummary summary;
     QSet<QString> categories;
     QSet<QString> features;

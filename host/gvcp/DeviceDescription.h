@@ -28,7 +28,8 @@ struct DescriptionSummary {
     int features = 0; ///< that its categories list, each once
 };
 
+/// @param file the document, or a ZIP archive of it.
 /// @returns nothing if it isn't a whole XML document.
-std::optional<DescriptionSummary> summarizeDescription(const QByteArray& xml);
+std::optional<DescriptionSummary> summarizeDescription(const QByteArray& file);
 
 } // namespace mesk::host

@@ -84,7 +84,9 @@ private:
                 return;
             }
         }
-        m_found.push_back(device);
+        if (m_found.size() < devicesMax) {
+            m_found.push_back(device);
+        }
     }
     std::size_t countWithAddress() const
     {

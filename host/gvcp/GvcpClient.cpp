@@ -56,7 +56,7 @@ struct Exchange {
 struct Control {
     TimePoint nextBeat = stack::never; ///< until the device has granted it
     stack::Duration beatPause = heartbeatDefault / beatsPerTimeout;
-    quint16 beatId = 0;
+    quint16 beatId = 0; ///< 0: none is under way
 };
 
 } // namespace
@@ -109,9 +109,8 @@ void GvcpClient::D::receive(const stack::Datagram& datagram, TimePoint now)
     if (!ack.isValid()) {
         return;
     }
-    if (control && ack.requestId() == control->beatId) {
-        receiveBeat(ack);
-    } else if (exchange && !exchange->answered && ack.requestId() == exchange->id) {
+    const quint16 id = ack.requestId();
+    if (exchange && !exchange->answered && id == exchange->id) {
         if (ack.acknowledge() == GVCPMessageCode::PendingAck) {
             receivePending(ack.payload(), now);
         } else if (ack.acknowledge() == exchange->ackCode) {
@@ -119,6 +118,8 @@ void GvcpClient::D::receive(const stack::Datagram& datagram, TimePoint now)
             exchange->status = ack.status();
             exchange->payload = ack.payload();
         }
+    } else if (control && id != 0 && id == control->beatId) {
+        receiveBeat(ack);
     }
 }
 
@@ -131,6 +132,7 @@ void GvcpClient::D::receivePending(const QByteArray& payload, TimePoint now)
 
 void GvcpClient::D::receiveBeat(const GVCPAckPacket& ack)
 {
+    control->beatId = 0;
     const bool told = ack.acknowledge() == GVCPMessageCode::ReadRegisterAck &&
                       ack.status() == GvcpStatus::Success && ack.payloadSize() == GvcpClient::wordSizeBytes;
     if (told && (readField<quint32>(ack.payload(), 0) & (controlAccess | exclusiveAccess)) == 0) {

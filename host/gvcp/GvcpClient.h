@@ -26,7 +26,8 @@ private:
 /// port with the id and the code of the command. A pending acknowledge prolongs the wait.
 ///
 /// While control is held, commands of no other use keep it: in every wait of the client's own, and wherever
-/// keepControl() is called.
+/// keepControl() is called. What is looked at is whether anybody has control: that another client took it
+/// after it was lost shows at the next command, which is denied.
 ///
 /// Operations throw Failure if the device doesn't answer or answers something else, GvcpRefusal for an error
 /// status, Interruption for Ctrl-C. [one thread at a time]

@@ -158,12 +158,9 @@ std::string Tour::D::readDescription()
     const QByteArray file =
         client->readMemory(place.address, place.sizeBytes, [&done](quint32 bytes) { done = bytes; });
     const std::string head = fmt::format("{}, {} bytes", place.fileName, place.sizeBytes);
-    if (file.startsWith("PK")) {
-        return head + ", a ZIP archive that isn't looked into";
-    }
     const auto summary = summarizeDescription(file);
     if (!summary) {
-        throw failed(head + ", but no whole XML document");
+        throw failed(head + ", but no whole XML document, nor an archive of one");
     }
     return fmt::format("{}, {} features of {}", head, summary->features, summary->modelName);
 }

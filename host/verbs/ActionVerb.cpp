@@ -7,6 +7,7 @@
 #include "host/verbs/VerbTable.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <algorithm>
 
@@ -41,6 +42,9 @@ public:
         for (const ActionAnswer& each : answers) {
             devices.push_back(
                 {{"address", each.address.toStdString()}, {"status", gvcpStatusText(each.status)}});
+        }
+        if (answers.size() == devicesMax) {
+            session.output().words(fmt::format("no more than the first {} answers are shown", devicesMax));
         }
         if (answers.empty()) {
             session.output().words(

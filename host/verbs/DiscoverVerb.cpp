@@ -37,6 +37,9 @@ public:
             session.output().words(fmt::format("no device answers {}/{} (--ip sets the own address)",
                                                own.address.toStdString(), own.prefixBits));
         }
+        if (devices.size() == devicesMax) {
+            session.output().words(fmt::format("no more than the first {} devices are shown", devicesMax));
+        }
         session.output().result({{"devices", std::move(devices)}}, {"devices"});
         return found ? ExitCode::Done : ExitCode::Nothing;
     }

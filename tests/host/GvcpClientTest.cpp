@@ -286,6 +286,14 @@ TEST_F(GvcpClientTest, findsEachDeviceOnce)
     EXPECT_EQ(found[1].address.toStdString() + found[1].mac.toStdString(":"), "10.0.0.2002:00:00:00:00:02");
     EXPECT_EQ(discoverDevices(net.own, net, std::chrono::seconds(1), 2).size(), 2U);
     EXPECT_EQ(net.commands.size(), 4U) << "enough at the first answers";
+    net.answer = [this](const auto& command) {
+        for (quint32 number = 0; number <= devicesMax; ++number) {
+            GVCPDiscoveryAckPacket ack(0, command.id());
+            ack.setCurrentIp(IpAddress(0x0a010000 + number));
+            net.say(command, ack.serialize());
+        }
+    };
+    EXPECT_EQ(discoverDevices(net.own, net, std::chrono::seconds(1)).size(), devicesMax) << "a flood";
 }
 
 TEST_F(GvcpClientTest, sendsAnActionOnceAndTakesEachDevicesAnswerOnce)
@@ -325,6 +333,19 @@ TEST(DeviceDescription, isFoundAndSummed)
     EXPECT_EQ(summarizeDescription(xml)->modelName, "M");
     EXPECT_EQ(summarizeDescription(xml)->features, 2);
     EXPECT_FALSE(summarizeDescription(xml.chopped(1)));
+
+    // <RegisterDescription ModelName="zipped"/>, by another program's zip
+    QByteArray archive =
+        hex("504b0304140000000800000021007b6a15df2b0000002900000005000000612e786d6cb3094a4dcf2c2e492d72492d4e"
+            "2eca2c28c9cccf53f0cd4f49cdf14bcc4db555aaca2c28484d51d2b70300504b01021403140000000800000021007b6a"
+            "15df2b00000029000000050000000000000000000000800100000000612e786d6c504b05060000000001000100330000"
+            "004e0000000000");
+    ASSERT_TRUE(summarizeDescription(archive));
+    EXPECT_EQ(summarizeDescription(archive)->modelName, "zipped");
+    for (int size = 0; size < archive.size(); ++size)
+        EXPECT_FALSE(summarizeDescription(archive.left(size))) << size;
+    archive[40] = char(archive.at(40) ^ 1);
+    EXPECT_FALSE(summarizeDescription(archive)) << "another byte than the checksum says";
 }
 
 } // namespace
