@@ -69,23 +69,31 @@ struct Answer {
     }
 };
 
-// When a lease has to be prolonged.
+// When a lease has to be prolonged. Of the shortest leases half of the time is less than a second.
 struct Times {
-    TimePoint renewal;
-    TimePoint rebinding;
+    TimePoint renewal = never;
+    TimePoint rebinding = never;
 
     Times(const DhcpPacket& granted, TimePoint from, quint32 leaseSeconds)
     {
-        const quint32 half = leaseSeconds / 2, sevenEighths = leaseSeconds - leaseSeconds / 8;
-        quint32 first = dhcp::numberOption(granted, dhcp::renewalTimeOption).value_or(half);
-        quint32 second = dhcp::numberOption(granted, dhcp::rebindingTimeOption).value_or(sevenEighths);
-        if (first == 0 || first > second || second > leaseSeconds) {
+        if (leaseSeconds == dhcp::infiniteSeconds)
+            return;
+        const Duration whole = seconds(leaseSeconds), half = whole / 2, sevenEighths = whole - whole / 8;
+        Duration first = told(granted, dhcp::renewalTimeOption).value_or(half);
+        Duration second = told(granted, dhcp::rebindingTimeOption).value_or(sevenEighths);
+        if (first == Duration::zero() || first > second || second > whole) {
             first = half;
             second = sevenEighths;
         }
-        const bool isEndless = leaseSeconds == dhcp::infiniteSeconds;
-        renewal = isEndless ? never : secondsAfter(from, first);
-        rebinding = isEndless ? never : secondsAfter(from, second);
+        renewal = after(from, first);
+        rebinding = after(from, second);
+    }
+
+private:
+    static std::optional<Duration> told(const DhcpPacket& granted, quint8 code)
+    {
+        const auto number = dhcp::numberOption(granted, code);
+        return number ? std::optional<Duration>(seconds(*number)) : std::nullopt;
     }
 };
 

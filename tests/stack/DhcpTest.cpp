@@ -135,6 +135,14 @@ TEST_F(Dhcp, leaseLivesAsLongAsTheServerAnswers)
     EXPECT_TRUE(a.address() == 100 && wire.next() == never && a.client.lease()->expires == never);
 }
 
+TEST_F(Dhcp, shortestLeaseIsRenewedTwiceASecond)
+{
+    serve(100, 101, 1s);
+    TestClient a(wire, 1);
+    wire.run(10300ms);
+    EXPECT_EQ(std::make_pair(a.bound, a.lost), std::make_pair(21, 0));
+}
+
 TEST_F(Dhcp, clientsOutlastLostFrames)
 {
     for (const int k : {3, 4, 5, 7}) {
