@@ -116,6 +116,7 @@ struct DhcpClient::D {
     std::unique_ptr<Answer> taken;  // the offer, then the acknowledge
     std::optional<DhcpLease> lease;
     TimePoint rebinding = never;
+    quint64 probe = 0; // the latest one
 
     D(NetworkNode& on, const Timing& times, Events calls, quint32 seed)
         : node(on)
@@ -291,9 +292,10 @@ void DhcpClient::D::receiveAcknowledge(std::unique_ptr<Answer> acknowledge, Time
     }
     state = State::Probing;
     due = never;
-    node.probe(
+    const quint64 begun = node.probe(
         taken->packet.yiaddr(), timing.probes, timing.probeInterval,
         [this](const std::optional<MacAddress>& user, TimePoint at) { probed(user, at); }, now);
+    probe = std::max(probe, begun);
 }
 
 void DhcpClient::D::receiveRefusal(TimePoint now)
@@ -409,8 +411,7 @@ void DhcpClient::stop()
     D& r = *d;
     if (r.state == State::Stopped)
         return;
-    if (r.state == State::Probing)
-        r.node.cancelProbe(r.taken->packet.yiaddr());
+    r.node.cancelProbe(r.probe);
     r.node.bind(DhcpPacket::ClientPort, {});
     r.state = State::Stopped;
     r.due = never;

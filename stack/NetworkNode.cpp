@@ -531,18 +531,18 @@ void NetworkNode::resolve(const IpAddress& address, Resolved resolved, TimePoint
                  [&](Resolution& resolution) { resolution.waiters.push_back(std::move(resolved)); });
 }
 
-void NetworkNode::probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved,
-                        TimePoint now)
+quint64 NetworkNode::probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved,
+                           TimePoint now)
 {
     const quint64 number = ++d->numbers;
     d->probes[number] = {address, probes, interval, never, std::move(resolved)};
     d->stepProbe(number, now);
+    return number;
 }
 
-void NetworkNode::cancelProbe(const IpAddress& address)
+void NetworkNode::cancelProbe(quint64 number)
 {
-    for (const quint64 number : keysOf(d->probes, [&](const Probe& each) { return each.address == address; }))
-        d->probes.erase(number);
+    d->probes.erase(number);
 }
 
 void NetworkNode::announce()

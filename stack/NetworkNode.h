@@ -128,10 +128,12 @@ public:
     void resolve(const IpAddress& address, Resolved resolved, TimePoint now);
     /// Asks whether somebody uses an address (RFC 5227 probe: sender address 0), or probes for it too.
     /// @param resolved gets who, or nothing if nobody answers until @p interval after the last probe.
-    void probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved,
-               TimePoint now);
-    /// Ends the probes for an address; their callbacks are not called.
-    void cancelProbe(const IpAddress& address);
+    /// @returns a number for cancelProbe(), larger than all before. An answer that comes within this call may
+    /// have begun later probes already.
+    quint64 probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved,
+                  TimePoint now);
+    /// Ends a probe whose callback was not called yet; it won't be.
+    void cancelProbe(quint64 number);
     /// Two announcements are the caller's business: this sends one.
     void announce();
     /// Called whenever somebody else uses the own address. The node defends it by itself, with one

@@ -73,7 +73,7 @@ private:
     quint64 m_conflicts = 0;
     unsigned m_linkLocalConflicts = 0;
     unsigned m_discoversBefore = 0; ///< sent before the client began to look for a server
-    IpAddress m_probed;
+    quint64 m_probe = 0; ///< the latest one
     mesk::stack::TimePoint m_trustedFrom =
         mesk::stack::TimePoint::min(); ///< another conflict before is too much
     mesk::stack::TimePoint m_announceAt = mesk::stack::never;

@@ -129,6 +129,7 @@ TEST_F(Node, defendsItsAddressAndFindsOutWhoUsesAnother)
     b.probe(ip(3), 3, 100ms, into(rivals), wire.now);
     c.probe(ip(3), 3, 100ms, into(rivals), wire.now);
     b.probe(ip(4), 3, 100ms, into(none), wire.now);
+    b.cancelProbe(b.probe(ip(4), 1, 100ms, into(none), wire.now)); // the other one goes on
     wire.run(299ms);
     EXPECT_THAT(users, ElementsAre(macOf(5)));
     EXPECT_THAT(rivals, testing::UnorderedElementsAre(macOf(6), macOf(7)));
