@@ -1,6 +1,7 @@
 #include "stand-ins/camera/AddressConfiguration.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace emulated_camera {
 
@@ -36,6 +37,7 @@ void AddressConfiguration::start(const Choices& choices, TimePoint now)
     m_choices = choices;
     m_random = seedOf(m_node.mac()); // the same addresses in each run, RFC 3927, 2.1
     m_linkLocalConflicts = 0;
+    m_forced = {};
     drop();
     m_changed(now);
     tryFrom(Method::Persistent, now);
@@ -44,9 +46,12 @@ void AddressConfiguration::start(const Choices& choices, TimePoint now)
 void AddressConfiguration::force(const NetAddress& address, const IpAddress& gateway, const Forced& forced,
                                  TimePoint now)
 {
+    m_forced = forced;
+    m_retryAt = mesk::stack::never; // the end of this probe begins anew, if need be
     probe(
         address,
         [=](bool inUse, TimePoint then) {
+            m_forced = {};
             if (!inUse)
                 take(Method::Forced, address, gateway, then);
             else if (m_method == Method::None && m_dhcp.state() == DhcpClient::State::Stopped)
@@ -54,6 +59,11 @@ void AddressConfiguration::force(const NetAddress& address, const IpAddress& gat
             forced(!inUse, then);
         },
         now);
+}
+
+bool AddressConfiguration::isForcing() const
+{
+    return static_cast<bool>(m_forced);
 }
 
 AddressConfiguration::Method AddressConfiguration::method() const
@@ -81,7 +91,7 @@ void AddressConfiguration::expire(TimePoint now)
         m_retryAt = mesk::stack::never;
         tryLinkLocal(now);
     }
-    if (isOutOfServers(now)) {
+    if (!isForcing() && isOutOfServers(now)) {
         m_dhcp.stop();
         tryFrom(Method::LinkLocal, now);
     }
@@ -208,6 +218,8 @@ void AddressConfiguration::meetConflict(TimePoint now)
     m_trustedFrom = now + mesk::stack::NetworkNode::defendInterval;
     if (!isTooMuch)
         return;
+    if (const Forced brokenOff = std::exchange(m_forced, {}))
+        brokenOff(false, now);
     const Method left = m_method;
     drop();
     m_changed(now);

@@ -20,7 +20,8 @@ public:
         IpAddress persistentGateway;
     };
     using Changed = std::function<void(mesk::stack::TimePoint now)>;
-    /// @param taken false: somebody uses the address, and everything is as before.
+    /// @param taken false: somebody uses the address, and everything is as before; or the own address had to
+    /// be left meanwhile.
     using Forced = std::function<void(bool taken, mesk::stack::TimePoint now)>;
 
     static constexpr unsigned probes = 3;
@@ -34,11 +35,13 @@ public:
     /// @param changed is called whenever method(), gateway() or the node's address did change.
     AddressConfiguration(mesk::stack::NetworkNode& node, Changed changed);
 
-    /// Drops what there is, and begins with the first choice.
+    /// Drops what there is, and begins with the first choice. Who forces an address is told nothing.
     void start(const Choices& choices, mesk::stack::TimePoint now);
-    /// Takes an address at somebody's command, unless it is in use.
+    /// Takes an address at somebody's command, unless it is in use. Not while isForcing().
     void force(const mesk::stack::NetAddress& address, const IpAddress& gateway, const Forced& forced,
                mesk::stack::TimePoint now);
+    /// Whether a forced address is still probed.
+    bool isForcing() const;
 
     Method method() const;
     const IpAddress& gateway() const;
@@ -73,7 +76,8 @@ private:
     quint64 m_conflicts = 0;
     unsigned m_linkLocalConflicts = 0;
     unsigned m_discoversBefore = 0; ///< sent before the client began to look for a server
-    quint64 m_probe = 0; ///< the latest one
+    quint64 m_probe = 0;            ///< the latest one
+    Forced m_forced;                ///< of the probe under way; empty: of another one, or none
     mesk::stack::TimePoint m_trustedFrom =
         mesk::stack::TimePoint::min(); ///< another conflict before is too much
     mesk::stack::TimePoint m_announceAt = mesk::stack::never;

@@ -213,6 +213,10 @@ void CameraGvcp::forceIp(const GVCPCommandPacket& command, const Asker& asker, T
         answer(command, asker, {GvcpStatus::AccessDenied}, now);
         return;
     }
+    if (m_device.addresses.isForcing()) {
+        answer(command, asker, {GvcpStatus::Busy}, now);
+        return;
+    }
     const NetAddress address{IpAddress(readField<quint32>(payload, forceIpAt)),
                              prefixBits(readField<quint32>(payload, forceMaskAt))};
     if (!address.isThere()) {

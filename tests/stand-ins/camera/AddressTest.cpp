@@ -22,7 +22,7 @@ std::vector<QByteArray> arpMessages(std::vector<QByteArray>& sent)
 const QByteArray probe = hex("0001 024b00000020 00000000 000000000000 c0a84d14");
 const QByteArray announcement = hex("0001 024b00000020 c0a84d14 000000000000 c0a84d14");
 const char* const answerOfAnOwner =
-    "024b00000020 024b00000001 0806 0001080006040002 024b00000001c0a84d14 024b00000020c0a84d14";
+    "ffffffffffff 024b00000001 0806 0001080006040002 024b00000001c0a84d14 024b00000020c0a84d14";
 
 TEST(CameraAddress, persistentOneIsProbedAndAnnounced)
 {
@@ -155,6 +155,16 @@ TEST(CameraAddress, isForcedByTheMacAddress)
     restart.replace(28, 4, hex("e0000001"));
     EXPECT_THAT(bench.ask(restart, client, true), ElementsAre(hex("80020005 0000 2274")));
     bench.pass(3s);
+    // One at a time, and not while the own address goes.
+    QByteArray second = force;
+    second.replace(6, 2, hex("2275"));
+    bench.tell(force, client, true);
+    EXPECT_THAT(bench.ask(second, client, true), ElementsAre(hex("80070005 0000 2275")));
+    for (int i = 0; i < 2; ++i)
+        bench.arp(answerOfAnOwner);
+    EXPECT_THAT(bench.heard(), ElementsAre(hex("8fff0005 0000 2274")));
+    bench.pass(3s);
+    EXPECT_STREQ(bench.camera.addressMethod(), "link-local");
     bench.tell(hex("42010082 0008 0001 00000a00 00000002"));
     EXPECT_THAT(bench.ask(force, client, true), ElementsAre(hex("80060005 0000 2274")));
 }
