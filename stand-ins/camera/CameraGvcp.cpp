@@ -114,7 +114,7 @@ void CameraGvcp::expire(TimePoint now)
     while (!m_pending.empty() && m_pending.front().due <= now) {
         const Pending pending = m_pending.front();
         m_pending.pop_front();
-        m_recent.setAnswer(pending.asker.who, pending.asker.command, pending.answer, now);
+        m_recent.add(pending.asker.who, pending.asker.command, pending.answer, now);
         send(pending.asker, pending.answer);
     }
 }
@@ -149,7 +149,7 @@ bool CameraGvcp::isForUs(const GVCPCommandPacket& command, const Datagram& datag
 
 void CameraGvcp::handle(const GVCPCommandPacket& command, const Asker& asker, TimePoint now)
 {
-    m_recent.add(asker.who, asker.command);
+    m_recent.add(asker.who, asker.command, {}, now);
     switch (command.command()) {
     case Code::ForceIpCommand:
         forceIp(command, asker, now);
@@ -174,17 +174,17 @@ void CameraGvcp::handle(const GVCPCommandPacket& command, const Asker& asker, Ti
 
 bool CameraGvcp::handleAgain(const Asker& asker, TimePoint now)
 {
-    const RecentCommands::Entry* const before = m_recent.find(asker.who, asker.command, now);
-    if (before == nullptr)
-        return false;
-    ++m_device.counters.retransmissions;
     const auto pending = std::find_if(m_pending.begin(), m_pending.end(), [&asker](const Pending& each) {
         return each.asker.who == asker.who && each.asker.command == asker.command;
     });
+    const RecentCommands::Entry* const before = m_recent.find(asker.who, asker.command, now);
+    if (pending == m_pending.end() && before == nullptr)
+        return false;
+    ++m_device.counters.retransmissions;
     if (pending != m_pending.end())
         sendPending(*pending, now);
-    else if (before->answer && !before->answer->isEmpty())
-        send(asker, *before->answer);
+    else if (!before->answer.isEmpty())
+        send(asker, before->answer);
     return true;
 }
 
@@ -306,7 +306,7 @@ void CameraGvcp::answer(const GVCPCommandPacket& command, const Asker& asker, co
         bytes = GVCPAckPacket(answer.status, command, answer.payload, NetworkOrder).serialize();
         ++m_device.counters.acknowledges[answer.status];
     }
-    m_recent.setAnswer(asker.who, asker.command, bytes, now);
+    m_recent.add(asker.who, asker.command, bytes, now);
     if (!bytes.isEmpty())
         send(asker, bytes);
 }

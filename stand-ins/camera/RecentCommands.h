@@ -8,27 +8,31 @@
 
 namespace emulated_camera {
 
-/// The last command of each sender with its answer, so that one which comes again is not executed again. The
-/// whole command is compared, since a client that begins anew may use the same id for another one; and it is
-/// remembered for a short time only, since a client may mean what it says twice. [one thread at a time]
+/// The last commands of each sender with their answers, so that one which comes again is not executed again.
+/// The whole command is compared, since a client that begins anew may use the same id for another one, which
+/// takes the first one's place; and it is remembered for a short time only, since a client may mean what it
+/// says twice. [one thread at a time]
 class RecentCommands {
 public:
-    static constexpr std::size_t sendersMax = 16; ///< the one that was silent longest is forgotten
+    /// Of one sender: a sign of life may come between a command and its repetition. Not more, or a client
+    /// that begins anew with the same ids would meet commands of its last run.
+    static constexpr int commandsPerSenderMax = 2;
+    static constexpr std::size_t commandsMax = 32; ///< of all senders; the oldest is forgotten
     static constexpr mesk::stack::Duration keptFor = std::chrono::seconds(2);
 
     struct Entry {
         Application who;
         QByteArray command;
-        std::optional<QByteArray> answer{}; ///< not there: not answered yet; empty: has none
-        mesk::stack::TimePoint answeredAt{};
+        QByteArray answer; ///< empty: has none, or none yet
+        mesk::stack::TimePoint since;
     };
 
     /// @returns null for a command that did not come before. Good until the next call.
     const Entry* find(const Application& who, const QByteArray& command, mesk::stack::TimePoint now) const;
-    void add(const Application& who, const QByteArray& command);
-    /// Does nothing if the command is forgotten.
-    void setAnswer(const Application& who, const QByteArray& command, const QByteArray& answer,
-                   mesk::stack::TimePoint now);
+    /// In the place of the sender's command with the same id.
+    /// @param answer empty where there is none, or none yet: the command can be added again with it.
+    void add(const Application& who, const QByteArray& command, const QByteArray& answer,
+             mesk::stack::TimePoint now);
     void clear();
 
 private:

@@ -233,15 +233,21 @@ TEST(CameraCommands, repeatedCommandIsAnsweredButNotExecutedAgain)
     const QByteArray first = latched();
     bench.pass(1s);
     EXPECT_THAT(bench.ask(latch), ElementsAre(hex("00000083 0004 0004 00000001")));
+    bench.command("0080 00000a00"); // a sign of life in between
+    bench.ask(latch);
     EXPECT_EQ(latched(), first);
-    EXPECT_EQ(bench.camera.counters().retransmissions, 1U);
+    EXPECT_EQ(bench.camera.counters().retransmissions, 2U);
     bench.pass(1001ms); // too late for a repetition
     bench.ask(latch);
     const QByteArray second = latched();
     EXPECT_NE(second, first);
     bench.pass(1s);
     bench.ask(hex("42010082 0008 0004 00000944 00000003")); // the same id, another command
-    EXPECT_NE(latched(), second);
+    const QByteArray third = latched();
+    EXPECT_NE(third, second);
+    bench.pass(1s);
+    bench.ask(latch); // as before that one, but after a client's new beginning
+    EXPECT_NE(latched(), third);
 }
 
 TEST(CameraCommands, slowAnswersArePending)
@@ -251,12 +257,15 @@ TEST(CameraCommands, slowAnswersArePending)
     EXPECT_THAT(bench.ask(read),
                 ElementsAre(hex("00000089 0004 0009 00000190"))); // 100 ms more than it takes
     bench.pass(200ms);
+    for (int i = 0; i < 3; ++i)
+        bench.command("0080 00000a00"); // between a command and its repetition
     EXPECT_THAT(bench.ask(read), ElementsAre(hex("00000089 0004 0009 000000c8")));
     bench.pass(99ms);
     EXPECT_THAT(bench.heard(), IsEmpty());
     bench.pass(1ms);
     EXPECT_THAT(bench.heard(), ElementsAre(hex("00000081 0004 0009 00000280")));
     EXPECT_THAT(bench.ask(read), ElementsAre(hex("00000081 0004 0009 00000280")));
+    bench.pass(300ms);
     // No more answers are under way than there is room for.
     for (std::size_t i = 0; i < 16; ++i)
         EXPECT_EQ(bench.command("0080 0000a000").left(4), hex("0000 0089"));

@@ -96,5 +96,11 @@ TEST(CameraEvents, actionNeedsTheKeysAndABitOfTheMask)
     EXPECT_THAT(answers("42810100 0014 0006 11223344 55667788 00000004 00000000 00000001"),
                 ElementsAre(hex("80130101 0000 0006"))); // at a time: there is no common one
     EXPECT_EQ(bench.command("0080 0000a028 0000090c"), hex("0000 0081 00000001 00000000"));
+    // The same bytes later, when a signal listens.
+    const QByteArray again = hex("42010100 000c 0007 11223344 55667788 00000008");
+    EXPECT_THAT(bench.ask(again, listener, true), IsEmpty());
+    bench.command("0082 00009814 00000008");
+    bench.pass(2001ms);
+    EXPECT_EQ(bench.ask(again, listener, true).size(), 2U);
 }
 } // namespace
