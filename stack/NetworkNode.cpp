@@ -142,7 +142,8 @@ struct NetworkNode::D {
 
     void sendPacket(const MacAddress& to, InternetPacket& packet);
     void sendArp(const MacAddress& to, ArpPacket* built);
-    void sendDatagram(const IpAddress& to, TransportPacket& transport, TimePoint now);
+    bool sendDatagram(const IpAddress& to, TransportPacket& transport, TimePoint now);
+    void leaveAddress();
     bool isTooLarge(const QByteArray& data);
     bool isBroadcast(const IpAddress& to) const
     {
@@ -193,8 +194,13 @@ bool NetworkNode::D::isTooLarge(const QByteArray& data)
     return true;
 }
 
-void NetworkNode::D::sendDatagram(const IpAddress& to, TransportPacket& transport, TimePoint now)
+bool NetworkNode::D::sendDatagram(const IpAddress& to, TransportPacket& transport, TimePoint now)
 {
+    // An ARP request from nobody would be a probe for the other one's address (RFC 5227, 2.1.1).
+    if (!own.isThere() && !isBroadcast(to)) {
+        ++counters.datagramsRefused;
+        return false;
+    }
     IPv4Packet ip(own.address, to, &transport);
     if (isBroadcast(to)) {
         sendPacket(MacAddress::broadcast(), ip);
@@ -208,6 +214,16 @@ void NetworkNode::D::sendDatagram(const IpAddress& to, TransportPacket& transpor
             }
             resolution.datagrams.emplace_back(ip.clone());
         });
+    }
+    return true;
+}
+
+// What waits would go out from an address that isn't the node's any more (RFC 1122, 3.2.1.3).
+void NetworkNode::D::leaveAddress()
+{
+    for (auto& [address, resolution] : resolutions) {
+        counters.datagramsUndelivered += resolution.datagrams.size();
+        resolution.datagrams.clear();
     }
 }
 
@@ -232,7 +248,7 @@ void NetworkNode::D::ask(quint32 address, TimePoint now)
     const auto found = resolutions.find(address);
     if (found == resolutions.end())
         return;
-    if (found->second.requestsLeft == 0) {
+    if (found->second.requestsLeft == 0 || !own.isThere()) {
         endResolution(address, {}, now);
         return;
     }
@@ -444,6 +460,8 @@ const NetAddress& NetworkNode::address() const
 
 void NetworkNode::setAddress(const NetAddress& address)
 {
+    if (address.address != d->own.address)
+        d->leaveAddress();
     d->own = address;
 }
 
@@ -507,8 +525,7 @@ bool NetworkNode::sendUdp(const IpAddress& to, quint16 toPort, quint16 fromPort,
     if (d->isTooLarge(data))
         return false;
     UdpPacket udp(fromPort, toPort, data, true);
-    d->sendDatagram(to, udp, now);
-    return true;
+    return d->sendDatagram(to, udp, now);
 }
 
 bool NetworkNode::sendUdpFrame(const MacAddress& toMac, const IpAddress& from, const IpAddress& to,
@@ -565,8 +582,7 @@ bool NetworkNode::sendEcho(const IpAddress& to, quint16 id, quint16 sequence, co
     qToBigEndian(id, echo.data());
     qToBigEndian(sequence, echo.data() + sizeof(id));
     IcmpPacket request(echoRequestType, echoCode, echo + data);
-    d->sendDatagram(to, request, now);
-    return true;
+    return d->sendDatagram(to, request, now);
 }
 
 void NetworkNode::onEchoReply(ReceiveEchoReply received)

@@ -81,7 +81,7 @@ public:
         quint64 impossibleSender = 0; ///< a group or broadcast address as sender, or the own one
         quint64 unboundPort = 0;      ///< UDP to a port without a receiver
         quint64 unusedMessage = 0;    ///< IPv4 of another protocol, ICMP that isn't echo to this node
-        quint64 datagramsRefused = 0; ///< too large to send
+        quint64 datagramsRefused = 0; ///< too large to send, or to one node while this one has no address
         quint64 datagramsUndelivered = 0; ///< given up while they waited for an address
         quint64 conflicts = 0;            ///< ARP messages of somebody else with the own address
     };
@@ -103,8 +103,9 @@ public:
 
     const MacAddress& mac() const;
     const NetAddress& address() const;
-    /// No address: answers no request, sends from 0.0.0.0, takes unicast to its MAC for any address, but only
-    /// datagrams to a bound port.
+    /// No address: answers no request, sends from 0.0.0.0 and by broadcast only, takes unicast to its MAC for
+    /// any address, but only datagrams to a bound port. Of another address, datagrams that still wait for a
+    /// resolution are given up.
     void setAddress(const NetAddress& address);
 
     /// @param frame a whole Ethernet frame; a check sequence at its end does no harm.
@@ -117,14 +118,16 @@ public:
     void bind(quint16 port, ReceiveDatagram receiver);
     /// Broadcast goes out at once, anything else once its address is resolved; outside of the own net the
     /// address is still resolved directly (no router).
-    /// @returns false, and nothing goes out, for more data than datagramSizeMaxBytes.
+    /// @returns false, and nothing goes out, for more data than datagramSizeMaxBytes, or without an own
+    /// address but by broadcast.
     bool sendUdp(const IpAddress& to, quint16 toPort, quint16 fromPort, const QByteArray& data,
                  TimePoint now);
-    /// Without resolution, with a source address of the caller's. @returns as sendUdp().
+    /// Without resolution, with a source address of the caller's. @returns false for too much data.
     bool sendUdpFrame(const MacAddress& toMac, const IpAddress& from, const IpAddress& to, quint16 fromPort,
                       quint16 toPort, const QByteArray& data);
 
-    /// Asks up to three times, unless the node knows already: then @p resolved is called at once.
+    /// Asks up to three times, unless the node knows already, or has no address to ask from: then @p resolved
+    /// is called at once.
     void resolve(const IpAddress& address, Resolved resolved, TimePoint now);
     /// Asks whether somebody uses an address (RFC 5227 probe: sender address 0), or probes for it too.
     /// @param resolved gets who, or nothing if nobody answers until @p interval after the last probe.

@@ -66,9 +66,18 @@ struct CameraDevice::D {
         memory.setNumber(Register::MacHigh, qFromBigEndian<quint16>(mac));
         memory.setNumber(Register::MacLow, qFromBigEndian<quint32>(mac + 2));
         const NetAddress& own = node.address();
+        if (memory.number(Register::CurrentIp) != own.address.toUInt32())
+            leaveAddress();
         memory.setNumber(Register::CurrentIp, own.address.toUInt32());
         memory.setNumber(Register::CurrentMask, own.isThere() ? own.mask().toUInt32() : 0);
         memory.setNumber(Register::CurrentGateway, addresses.gateway().toUInt32());
+    }
+
+    // Nobody speaks to another address of the device but by a new beginning.
+    void leaveAddress()
+    {
+        registers.releasePrivilege();
+        gvcp.dropPending();
     }
 
     // One for each look at the clock at most: what was missed is not made good.

@@ -61,6 +61,11 @@ CameraGvcp::CameraGvcp(const CameraParts& parts, std::chrono::milliseconds pendi
 void CameraGvcp::powerOn()
 {
     m_recent.clear();
+    dropPending();
+}
+
+void CameraGvcp::dropPending()
+{
     m_pending.clear();
 }
 

@@ -42,6 +42,9 @@ public:
     /// Begins anew with the address, by what the registers say.
     void configureAddress(mesk::stack::TimePoint now);
 
+    /// Forgets the answers under way.
+    void dropPending();
+
     /// What a read or a write takes at most, 0 if it takes no time.
     quint32 pendingTimeoutMs() const;
 

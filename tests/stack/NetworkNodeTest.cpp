@@ -83,6 +83,25 @@ TEST_F(Node, resolvesOnceAndKeepsTheLatestDatagramsUntilThen)
     wire.run(10s);
     EXPECT_THAT(answers, ElementsAre(macOf(2), std::nullopt));
     EXPECT_THAT(wire.sent, SizeIs(3));
+
+    // Nothing goes out with an address that was left, and nothing to one node without an address.
+    a.sendUdp(ip(8), 7, 8, "waits", wire.now);
+    TestNode c(wire, macOf(8));
+    a.setAddress(net(3));
+    c.setAddress(net(8));
+    received.clear();
+    collect(c, 7);
+    wire.run(1s);
+    a.resolve(ip(9), into(answers), wire.now);
+    a.setAddress({});
+    wire.sent.clear();
+    EXPECT_FALSE(a.sendUdp(ip(8), 7, 8, "from nobody", wire.now) || a.sendEcho(ip(8), 1, 1, {}, wire.now));
+    a.resolve(ip(7), into(answers), wire.now);
+    EXPECT_TRUE(a.sendUdp(IpAddress::broadcast(), 7, 8, "to all", wire.now));
+    wire.run(3s);
+    EXPECT_THAT(received, ElementsAre("to all", "to all")); // b and c
+    EXPECT_THAT(wire.sent, SizeIs(1));
+    EXPECT_THAT(answers, ElementsAre(macOf(2), std::nullopt, std::nullopt, std::nullopt));
 }
 
 TEST_F(Node, learnsFromWhoAsksForItAndUpdatesWhatItKnows)

@@ -55,12 +55,19 @@ TEST(CameraAddress, oneInUseIsLeftForTheNextChoice)
     again.pass(1s);
     EXPECT_EQ(again.camera.address().address, bench.camera.address().address); // pseudo-random
 
-    CameraBench later;
+    CameraBench later("events=20,pending=500");
+    later.takeControl();
+    later.arp("ffffffffffff 024b00000001 0806 0001080006040001 024b00000001c0a84d01 000000000000c0a84d14");
+    later.command("0082 00000954 00000001 00000b10 c0a84d01 00000b00 00001388");
     later.arp(answerOfAnOwner); // defended once
     later.pass(9s);
     EXPECT_STREQ(later.camera.addressMethod(), "persistent");
+    later.command("0080 0000a000");
     later.arp(answerOfAnOwner);
-    later.pass(1s);
+    later.sent.clear();
+    later.pass(1s); // neither events nor answers from another address
+    EXPECT_THAT(later.heard(), IsEmpty());
+    EXPECT_FALSE(later.camera.controller());
     EXPECT_STREQ(later.camera.addressMethod(), "link-local");
     EXPECT_EQ(later.camera.counters().conflicts, 2U);
 
