@@ -43,7 +43,7 @@ void RegisterAccess::powerOn()
 
 Answer RegisterAccess::read(const GVCPRegisterReadCommandPacket& command, const Application& who) const
 {
-    if (!isRun(command.payloadSize(), wordSizeBytes, dataSizeMaxBytes))
+    if (!isRun(command.payloadSize(), wordSizeBytes, registersSizeMaxBytes))
         return {GvcpStatus::InvalidParameter};
     Answer answer;
     for (quint32 i = 0; i < command.addressCount() && answer.status == GvcpStatus::Success; ++i) {
@@ -60,7 +60,7 @@ Answer RegisterAccess::read(const GVCPRegisterReadCommandPacket& command, const 
 Answer RegisterAccess::write(const GVCPRegisterWriteCommandPacket& command, const Application& who,
                              TimePoint now)
 {
-    if (!isRun(command.payloadSize(), pairSizeBytes, dataSizeMaxBytes))
+    if (!isRun(command.payloadSize(), pairSizeBytes, registersSizeMaxBytes))
         return {GvcpStatus::InvalidParameter, writtenCount(0)};
     for (quint32 i = 0; i < command.registerCount(); ++i)
         if (const quint16 status = writeWord(command.address(i), command.value(i), who, now))
@@ -169,7 +169,8 @@ void RegisterAccess::takeEffect(quint32 address, quint32 value, TimePoint now)
         m_memory.setNumber(address, (value & (ipPersistent | ipDhcp)) | ipLinkLocal);
         break;
     case Register::MessagePort:
-        if (value == 0)
+    case Register::MessageDestination:
+        if (!m_messages.isOpen())
             m_messages.close();
         break;
     default:

@@ -21,8 +21,9 @@ struct Answer {
 /// [one thread at a time]
 class RegisterAccess {
 public:
-    /// Largest data of a command or an acknowledge, of registers as of memory.
-    static constexpr int dataSizeMaxBytes = 536;
+    /// Largest payload of a command or an acknowledge of registers, and largest data of one of memory, whose
+    /// address takes a word. A packet with its headers has 576 bytes (GigE Vision).
+    static constexpr int registersSizeMaxBytes = 540, dataSizeMaxBytes = 536;
 
     RegisterAccess(CameraMemory& memory, MessageChannel& messages, DeviceClock& clock,
                    CameraCounters& counters);

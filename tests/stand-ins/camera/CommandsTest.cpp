@@ -162,6 +162,11 @@ TEST(CameraCommands, registersHaveTheirRights)
          })
         EXPECT_EQ(bench.command(each.command), hex(each.answer)) << each.command;
     EXPECT_EQ(bench.camera.counters().acknowledges[0x8002], 6U);
+    // As many as a packet has room for.
+    for (const int count : {135, 136}) {
+        const QByteArray read = "0080" + QByteArray("00000000").repeated(count);
+        EXPECT_EQ(bench.command(read.constData()).size(), count == 135 ? 4 + 540 : 4);
+    }
 
     // Executed without being answered, or no command at all.
     EXPECT_EQ(bench.command("0082 0000b000 55667788", {}, "4200"), "");
