@@ -143,6 +143,7 @@ struct DhcpClient::D {
     void receiveAcknowledge(std::unique_ptr<Answer> acknowledge, TimePoint now);
     void receiveRefusal(TimePoint now);
     bool isFromOurServer(const Answer& answer) const;
+    void decline(TimePoint now);
     void probed(const std::optional<MacAddress>& user, TimePoint now);
     void bindLease(TimePoint now);
     void act(TimePoint now);
@@ -309,16 +310,21 @@ void DhcpClient::D::receiveRefusal(TimePoint now)
 
 void DhcpClient::D::probed(const std::optional<MacAddress>& user, TimePoint now)
 {
-    if (!user) {
+    if (user)
+        decline(now);
+    else
         bindLease(now);
-        return;
-    }
+}
+
+void DhcpClient::D::decline(TimePoint now)
+{
     const IpAddress address = taken->packet.yiaddr();
     const std::unique_ptr<DhcpPacket> decline(taken->packet.decline(quint32(random())));
     sendByBroadcast(*decline);
     select(after(now, timing.declineWait));
     if (events.declined)
         events.declined(address, now);
+    lose(now);
 }
 
 void DhcpClient::D::bindLease(TimePoint now)
@@ -397,6 +403,12 @@ void DhcpClient::renew(TimePoint now)
 {
     if (d->state == State::Bound)
         d->beginRenewal(now);
+}
+
+void DhcpClient::decline(TimePoint now)
+{
+    if (d->lease)
+        d->decline(now);
 }
 
 void DhcpClient::release(TimePoint /*now*/)

@@ -53,7 +53,8 @@ public:
         std::function<void(const DhcpLease&, TimePoint)> bound; ///< also after a renewal
         /// The lease expired or was refused; the address is gone, and the client starts again.
         std::function<void(TimePoint)> lost;
-        std::function<void(const IpAddress&, TimePoint)> declined; ///< somebody uses the address
+        /// Somebody uses the address; before lost if there was a lease.
+        std::function<void(const IpAddress&, TimePoint)> declined;
         std::function<void(TimePoint)> refused; ///< by the server, before lost if there was a lease
     };
 
@@ -68,6 +69,9 @@ public:
     void start(TimePoint now);
     /// Now instead of at half of the time. Without a lease, or with a renewal under way, nothing.
     void renew(TimePoint now);
+    /// Leaves the address of the lease, if there is one, to who uses it as well: tells the server, and asks
+    /// for another one later (RFC 2131, 3.1).
+    void decline(TimePoint now);
     /// Gives the lease back, if there is one, and stops.
     void release(TimePoint now);
     /// Stops without a message. A lease is forgotten, and its address cleared: nobody renews it.

@@ -225,6 +225,7 @@ void NetworkNode::D::leaveAddress()
         counters.datagramsUndelivered += resolution.datagrams.size();
         resolution.datagrams.clear();
     }
+    mayDefendFrom = TimePoint::min();
 }
 
 // Adds what waits to the resolution of an address, which begins with it if there is none.
@@ -341,12 +342,13 @@ void NetworkNode::D::endContestedProbes(const ArpPacket& arp, TimePoint now)
 void NetworkNode::D::defend(const MacAddress& who, TimePoint now)
 {
     ++counters.conflicts;
-    if (now >= mayDefendFrom) {
+    const bool isDefended = now >= mayDefendFrom;
+    if (isDefended) {
         mayDefendFrom = after(now, defendInterval);
         sendArp(MacAddress::broadcast(), ArpPacket::announcement(own.address, mac));
     }
     if (const Conflict call = conflict)
-        call(who, now);
+        call(who, isDefended, now);
 }
 
 // RFC 826: what is known is brought up to date by any message, but only who asks for this node is new.

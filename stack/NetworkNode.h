@@ -57,7 +57,8 @@ public:
     using ReceiveDatagram = std::function<void(const Datagram& datagram, TimePoint now)>;
     /// @param mac of the owner; nothing if nobody answered.
     using Resolved = std::function<void(const std::optional<MacAddress>& mac, TimePoint now)>;
-    using Conflict = std::function<void(const MacAddress& who, TimePoint now)>;
+    /// @param isDefended false soon after the last one: the other one doesn't go.
+    using Conflict = std::function<void(const MacAddress& who, bool isDefended, TimePoint now)>;
 
     struct EchoReply {
         IpAddress sender;
@@ -140,8 +141,8 @@ public:
     /// Two announcements are the caller's business: this sends one.
     void announce();
     /// Called whenever somebody else uses the own address. The node defends it by itself, with one
-    /// announcement per defendInterval at most (RFC 5227, 2.4); to give the address up is the caller's
-    /// business.
+    /// announcement per defendInterval at most (RFC 5227, 2.4); to give the address up, when one isn't
+    /// defended any more, is the caller's business.
     void onConflict(Conflict conflict);
 
     /// @returns as sendUdp().

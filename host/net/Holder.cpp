@@ -17,7 +17,7 @@ Holder::Holder(Session& session)
           [this](stack::TimePoint now) { m_node.expire(now); })
 {
     m_node.setAddress(session.options().ownAddress());
-    m_node.onConflict([this, &session, told = false](const MacAddress& who,
+    m_node.onConflict([this, &session, told = false](const MacAddress& who, bool /*isDefended*/,
                                                      stack::TimePoint /*now*/) mutable {
         if (!told) {
             told = true;

@@ -36,6 +36,13 @@ public:
         Holder holder(session);
         holder.node().setAddress({}); // --ip is for who has an address
         DhcpClient client(holder.node(), {}, events(session.output()), std::random_device{}());
+        holder.node().onConflict(
+            [&session, &holder, &client](const MacAddress& who, bool isDefended, stack::TimePoint now) {
+                session.output().words(fmt::format("{} uses the address {} as well", who.toStdString(":"),
+                                                   holder.node().address().address.toStdString()));
+                if (!isDefended)
+                    client.decline(now);
+            });
         const stack::TimePoint start = holder.loop().now();
         session.output().words("Asking for an address ...");
         client.start(start);

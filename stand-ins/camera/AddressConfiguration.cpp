@@ -29,7 +29,8 @@ AddressConfiguration::AddressConfiguration(mesk::stack::NetworkNode& node, Chang
     , m_dhcp(node, DhcpClient::Timing(), dhcpEvents(), seedOf(node.mac()))
     , m_random(seedOf(node.mac()))
 {
-    m_node.onConflict([this](const MacAddress&, TimePoint now) { meetConflict(now); });
+    m_node.onConflict(
+        [this](const MacAddress&, bool isDefended, TimePoint now) { meetConflict(isDefended, now); });
 }
 
 void AddressConfiguration::start(const Choices& choices, TimePoint now)
@@ -210,13 +211,15 @@ void AddressConfiguration::take(Method method, const NetAddress& address, const 
     m_changed(now);
 }
 
-// The first time the node's own defence has to do (RFC 5227, 2.4 b); soon after it, the other one won't go.
-void AddressConfiguration::meetConflict(TimePoint now)
+// The first time the node's own defence has to do (RFC 5227, 2.4 b).
+void AddressConfiguration::meetConflict(bool isDefended, TimePoint now)
 {
+    if (!isDefended && m_method == Method::Dhcp) {
+        m_dhcp.decline(now); // by whose events all else is done
+        return;
+    }
     ++m_conflicts;
-    const bool isTooMuch = now < m_trustedFrom;
-    m_trustedFrom = now + mesk::stack::NetworkNode::defendInterval;
-    if (!isTooMuch)
+    if (isDefended)
         return;
     if (const Forced brokenOff = std::exchange(m_forced, {}))
         brokenOff(false, now);

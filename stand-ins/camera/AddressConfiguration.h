@@ -9,8 +9,9 @@ namespace emulated_camera {
 
 /// How the device gets its address: by force, the persistent one, from a DHCP server, or a link-local one
 /// (RFC 3927), in this order as far as they are enabled. Every address is probed first (RFC 5227), and
-/// announced twice once it is taken. One that somebody uses is left for the next choice. A device that has
-/// fallen back to a link-local address keeps it until it is started again. [one thread at a time]
+/// announced twice once it is taken. One that somebody uses is left for the next choice; the server is asked
+/// for another one. A device that has fallen back to a link-local address keeps it until it is started again.
+/// [one thread at a time]
 class AddressConfiguration {
 public:
     enum class Method { None, Forced, Persistent, Dhcp, LinkLocal };
@@ -63,7 +64,7 @@ private:
     void probe(const mesk::stack::NetAddress& address, const Probed& probed, mesk::stack::TimePoint now);
     void take(Method method, const mesk::stack::NetAddress& address, const IpAddress& gateway,
               mesk::stack::TimePoint now);
-    void meetConflict(mesk::stack::TimePoint now);
+    void meetConflict(bool isDefended, mesk::stack::TimePoint now);
     IpAddress nextLinkLocal();
 
     mesk::stack::NetworkNode& m_node;
@@ -78,8 +79,6 @@ private:
     unsigned m_discoversBefore = 0; ///< sent before the client began to look for a server
     quint64 m_probe = 0;            ///< the latest one
     Forced m_forced;                ///< of the probe under way; empty: of another one, or none
-    mesk::stack::TimePoint m_trustedFrom =
-        mesk::stack::TimePoint::min(); ///< another conflict before is too much
     mesk::stack::TimePoint m_announceAt = mesk::stack::never;
     mesk::stack::TimePoint m_retryAt = mesk::stack::never;
 };

@@ -179,11 +179,15 @@ TEST_F(Dhcp, addressInUseIsDeclinedAndAnotherOneTaken)
     TestClient b(wire, 2);
     wire.run(5s);
     EXPECT_TRUE(server->isExhausted() && server->discoversUnanswered() > 1);
-    a.client.release(wire.now);
-    wire.run(17s);
-    EXPECT_EQ(b.address(), 101U);
-    wire.run(DhcpServer::declineTime);
-    EXPECT_FALSE(server->isExhausted());
+    log();
+    a.client.decline(wire.now); // somebody uses this one too
+    EXPECT_TRUE(a.lost == 1 && !a.node.address().isThere());
+    wire.run(1s);
+    EXPECT_EQ(log().substr(0, 3), "4* ");
+    EXPECT_THAT(states(), ElementsAre(LeaseState::Declined, LeaseState::Declined));
+    EXPECT_THAT(a.declined, ElementsAre(100U, 101U));
+    wire.run(DhcpServer::declineTime + 17s);
+    EXPECT_EQ(a.address() + b.address(), 101U) << "the squatter still has the other one";
 }
 
 TEST_F(Dhcp, refusedClientStartsAgain)

@@ -131,14 +131,22 @@ TEST_F(Node, defendsItsAddressAndFindsOutWhoUsesAnother)
     const std::vector<QByteArray> frames = captured("arp_icmp");
     TestNode a(wire, macOf(5), net(1)), b(wire, macOf(6)), c(wire, macOf(7));
     std::vector<MacAddress> conflicts;
-    a.onConflict([&](const MacAddress& who, TimePoint) { conflicts.push_back(who); });
+    int undefended = 0;
+    a.onConflict([&](const MacAddress& who, bool isDefended, TimePoint) {
+        conflicts.push_back(who);
+        undefended += isDefended ? 0 : 1;
+    });
     for (const int frame : {33, 34, 27}) // 10.77.1.1 announced, answered and asked from, not always to a
         a.receive(QByteArray(frames[std::size_t(frame)]).replace(0, 6, QByteArray(6, '\xff')), wire.now);
     EXPECT_THAT(conflicts, ElementsAre(macOf(1), macOf(1), macOf(1)));
+    EXPECT_EQ(undefended, 2);
     EXPECT_THAT(wire.sent, SizeIs(1));
     wire.run(10s);
     a.receive(frames[34], wire.now);
-    EXPECT_THAT(wire.sent, ElementsAre(wire.sent[0], wire.sent[0]));
+    a.setAddress(net(3)); // the wait is of one address
+    a.setAddress(net(1));
+    a.receive(frames[34], wire.now);
+    EXPECT_THAT(wire.sent, ElementsAre(wire.sent[0], wire.sent[0], wire.sent[0]));
     EXPECT_EQ(wire.sent[0].left(42).toHex(), "ffffffffffff024b00000005080600010800060400" // RFC 5227, 1.1
                                              "01024b000000050a4d0101"
                                              "0000000000000a4d0101");
@@ -155,7 +163,7 @@ TEST_F(Node, defendsItsAddressAndFindsOutWhoUsesAnother)
     EXPECT_THAT(none, SizeIs(0));
     wire.run(1ms);
     EXPECT_THAT(none, ElementsAre(std::nullopt));
-    EXPECT_THAT(conflicts, SizeIs(4)) << "a probe is none";
+    EXPECT_THAT(conflicts, SizeIs(5)) << "a probe is none";
 }
 
 TEST_F(Node, echoesEverySizeThatFitsAFrameButNoBroadcast)

@@ -117,6 +117,13 @@ TEST(CameraAddress, comesFromAServerWhileThereIsOne)
               hex("0000 0081 00000006 0a000007 ff000000"));
     talk(9000); // renewed
     EXPECT_STREQ(bench.camera.addressMethod(), "dhcp");
+    for (int i = 0; i < 2; ++i)
+        bench.arp(
+            "ffffffffffff 024b00000009 0806 0001080006040002 024b000000090a000007 0000000000000a000007");
+    EXPECT_STREQ(bench.camera.addressMethod(), "none");
+    talk(150);
+    EXPECT_EQ(bench.camera.address().address, ip("10.0.0.8"));
+    EXPECT_EQ(bench.camera.counters().conflicts, 2U);
     bench.heard();
     bench.pass(1h); // the server is gone
     EXPECT_STREQ(bench.camera.addressMethod(), "link-local");
