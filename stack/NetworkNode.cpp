@@ -45,6 +45,18 @@ bool isGroup(const IpAddress& address)
     return address.toUInt32() >= 0xe0000000U;
 }
 
+// 127/8 never comes from a wire (RFC 1122, 3.2.1.3).
+bool isLoopback(const IpAddress& address)
+{
+    return address.toUInt32() >> 24 == 127;
+}
+
+// 169.254/16 (RFC 3927).
+bool isLinkLocal(const IpAddress& address)
+{
+    return address.toUInt32() >> 16 == 0xa9feU;
+}
+
 // The fields of an IPv4 header (RFC 791) that IPv4Packet doesn't keep.
 struct IpHeader {
     explicit IpHeader(const ByteSlice& packet)
@@ -325,8 +337,9 @@ void NetworkNode::D::receiveArp(const ByteSlice& packet, TimePoint now)
     const bool isAsked = own.isThere() && arp.destinationAddress() == own.address;
     if (senderIp != IpAddress())
         learn(senderIp, sender, isAsked, now);
+    // RFC 3927, 2.5: who has the same link-local address is to hear of it.
     if (isAsked && arp.operation() == requestOperation)
-        sendArp(sender, arp.reply(own.address, mac));
+        sendArp(isLinkLocal(own.address) ? MacAddress::broadcast() : sender, arp.reply(own.address, mac));
 }
 
 // An address is in use if somebody sends from it, and claimed by somebody who probes for it too (RFC
@@ -398,7 +411,8 @@ bool NetworkNode::D::isForUs(const IpAddress& destination, const MacAddress& fra
 
 bool NetworkNode::D::isImpossibleSender(const IpAddress& sender) const
 {
-    return isGroup(sender) || (own.isThere() && (sender == own.address || isBroadcast(sender)));
+    return isGroup(sender) || isLoopback(sender) ||
+           (own.isThere() && (sender == own.address || isBroadcast(sender)));
 }
 
 void NetworkNode::D::receiveUdp(const UdpPacket& udp, const IPv4Packet& ip, const EthernetFrame& frame,

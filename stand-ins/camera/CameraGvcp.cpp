@@ -146,10 +146,11 @@ bool CameraGvcp::isForUs(const GVCPCommandPacket& command, const Datagram& datag
     const quint16 code = command.command();
     if (!command.isValid() || code % 2 != 0) // the odd ones are acknowledges
         return false;
+    if (code == Code::DiscoveryCommand || code == Code::ForceIpCommand)
+        return true;
     const NetAddress& own = m_device.node.address();
-    const bool isToUsAlone = own.isThere() && datagram.destination == own.address;
-    const bool isAction = own.isThere() && code == Code::ActionCommand;
-    return isToUsAlone || isAction || code == Code::DiscoveryCommand || code == Code::ForceIpCommand;
+    const bool isAnswerable = own.isThere() && datagram.sender != IpAddress();
+    return isAnswerable && (datagram.destination == own.address || code == Code::ActionCommand);
 }
 
 void CameraGvcp::handle(const GVCPCommandPacket& command, const Asker& asker, TimePoint now)

@@ -164,6 +164,12 @@ TEST_F(Node, defendsItsAddressAndFindsOutWhoUsesAnother)
     wire.run(1ms);
     EXPECT_THAT(none, ElementsAre(std::nullopt));
     EXPECT_THAT(conflicts, SizeIs(5)) << "a probe is none";
+
+    TestNode d(wire, macOf(8), {IpAddress(0xa9fe0108U), 16}), e(wire, macOf(9), {IpAddress(0xa9fe0109U), 16});
+    d.resolve(e.address().address, into(users), wire.now);
+    wire.run(0s);
+    EXPECT_EQ(readMacAddress(wire.sent.back(), 6), e.mac());
+    EXPECT_TRUE(readMacAddress(wire.sent.back(), 0).isBroadcast()) << "RFC 3927, 2.5";
 }
 
 TEST_F(Node, echoesEverySizeThatFitsAFrameButNoBroadcast)
@@ -211,6 +217,7 @@ const Change changes[] = {{"nothing", 0, "", nullptr},
                           {"wrong header checksum", 24, "5555", nullptr},
                           {"unknown protocol", 23, "06", &C::unusedMessage},
                           {"from a group's address", 26, "e0000001", &C::impossibleSender},
+                          {"from loopback", 26, "7f000001", &C::impossibleSender},
                           {"from the own address", 26, "0a4d0162", &C::impossibleSender},
                           {"from the net", 26, "0a4d01ff", &C::impossibleSender},
                           {"to another address", 30, "0a4d0163", &C::toOtherAddress},

@@ -177,6 +177,7 @@ TEST(CameraCommands, registersHaveTheirRights)
         EXPECT_THAT(bench.ask(hex(ignored)), IsEmpty()) << ignored;
     EXPECT_THAT(bench.ask(hex("42010080 0004 0001 00000000"), {}, true),
                 IsEmpty()); // not to this device alone
+    EXPECT_THAT(bench.ask(hex("42010080 0004 0001 00000000"), {Client().mac, {}, 7}), IsEmpty());
 
     // Without power all is as before, but what is to stay.
     bench.command("0086 000000e8 6b657074 00000000");
