@@ -23,7 +23,8 @@ enum class Type : quint8 {
 };
 
 constexpr quint8 maskOption = 1, routerOption = 3, askedAddressOption = 50, leaseTimeOption = 51,
-                 typeOption = 53, serverOption = 54, renewalTimeOption = 58, rebindingTimeOption = 59;
+                 typeOption = 53, serverOption = 54, renewalTimeOption = 58, rebindingTimeOption = 59,
+                 clientIdOption = 61;
 constexpr quint16 broadcastFlag = 0x8000;
 /// Lease time of a lease that never ends.
 constexpr quint32 infiniteSeconds = 0xffffffffU;

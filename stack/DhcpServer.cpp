@@ -36,6 +36,8 @@ struct Question {
                (client.constData()[0] & 1) == 0;
     }
     bool isRelayed() const { return packet.giaddr() != IpAddress(); }
+    // There is one pool, for one net.
+    bool isFromNet(const NetAddress& net) const { return !isRelayed() || net.contains(packet.giaddr()); }
     IpAddress server() const { return dhcp::addressOption(packet, dhcp::serverOption); }
     IpAddress askedAddress() const { return dhcp::addressOption(packet, dhcp::askedAddressOption); }
 };
@@ -70,6 +72,7 @@ struct DhcpServer::D {
     void expire(TimePoint now);
 
     void reply(const Question& question, const IpAddress& address);
+    static void returnClientId(const Question& question, DhcpPacket& answer);
     void sendToRelay(const Question& question, const DhcpPacket& answer);
     void send(const MacAddress& toMac, const IpAddress& to, const DhcpPacket& answer);
     void sendByBroadcast(const DhcpPacket& answer)
@@ -81,7 +84,7 @@ struct DhcpServer::D {
 void DhcpServer::D::receive(const Datagram& datagram, TimePoint now)
 {
     const Question question(datagram);
-    if (!node.address().isThere() || !question.isWellFormed())
+    if (!node.address().isThere() || !question.isWellFormed() || !question.isFromNet(node.address()))
         return;
     expire(now);
     switch (dhcp::typeOf(question.packet)) {
@@ -148,8 +151,7 @@ void DhcpServer::D::receiveRequest(const Question& question, TimePoint now)
         return;
     }
     // Of other addresses of the net another server may know.
-    const bool isOfOtherNet = !question.isRelayed() && !own.contains(asked);
-    if (namesServer || hasOther || table.isOfPool(asked) || isOfOtherNet)
+    if (namesServer || hasOther || table.isOfPool(asked) || !own.contains(asked))
         refuse(question, asked, now);
 }
 
@@ -181,6 +183,7 @@ void DhcpServer::D::refuse(const Question& question, const IpAddress& asked, Tim
     refusal.setFlags(question.packet.flags() | (question.isRelayed() ? dhcp::broadcastFlag : 0));
     dhcp::setType(refusal, Type::Refuse);
     dhcp::setAddressOption(refusal, dhcp::serverOption, node.address().address);
+    returnClientId(question, refusal);
     if (question.isRelayed())
         sendToRelay(question, refusal);
     else
@@ -215,6 +218,7 @@ void DhcpServer::D::reply(const Question& question, const IpAddress& address)
     const NetAddress& own = node.address();
     const std::unique_ptr<DhcpPacket> answer(asked.reply(address, own.address, nullptr, leaseSeconds));
     dhcp::setAddressOption(*answer, dhcp::maskOption, own.mask());
+    returnClientId(question, *answer);
     if (question.isRelayed())
         sendToRelay(question, *answer);
     else if (asked.ciaddr() != IpAddress())
@@ -223,6 +227,13 @@ void DhcpServer::D::reply(const Question& question, const IpAddress& address)
         sendByBroadcast(*answer);
     else
         send(question.client, address, *answer);
+}
+
+// RFC 6842: by which some clients know that an answer is theirs.
+void DhcpServer::D::returnClientId(const Question& question, DhcpPacket& answer)
+{
+    if (question.packet.hasOption(dhcp::clientIdOption))
+        answer.setOption(dhcp::clientIdOption, question.packet.option(dhcp::clientIdOption));
 }
 
 void DhcpServer::D::sendToRelay(const Question& question, const DhcpPacket& answer)

@@ -20,7 +20,7 @@ namespace mesk::stack {
 ///
 /// A client that asks to go on with an address of the pool that nobody has gets it, known or not: the pool is
 /// this server's alone. One that has another address, or asks for one of another net, is refused. DHCPINFORM
-/// is not answered.
+/// is not answered, nor is what a relay sends on from another net.
 ///
 /// Never leased: the node's own address, and network and broadcast address of its net.
 ///
@@ -58,7 +58,8 @@ public:
     static constexpr std::chrono::seconds offerTime{30};    ///< for which an offered address is held
     static constexpr std::chrono::seconds declineTime{600}; ///< for which a declined address is out of use
 
-    /// Gives options 1 (mask), 51 (lease time) and 54 (server), nothing else.
+    /// Gives options 1 (mask), 51 (lease time) and 54 (server), and 61 (client identifier) back to who sent
+    /// it (RFC 6842); nothing else.
     /// @param leaseTime 0xffffffff and more for leases without an end.
     DhcpServer(NetworkNode& node, const Pool& pool, std::chrono::seconds leaseTime, Events events);
     DhcpServer(const DhcpServer&) = delete;

@@ -306,11 +306,15 @@ TEST_F(Dhcp, relayedAnswerGoesToTheRelayAndForeignRequestsEndAnOffer)
     const std::vector<QByteArray> frames = captured("dhcp_dnsmasq_udhcpc");
     serve(158, 159);
     QByteArray relayed = frames[1];
+    relayed.replace(messageAt + 24, 4, hex("0a4d0232")); // from another net
+    serverNode.receive(relayed, wire.now);
+    EXPECT_TRUE(wire.sent.empty());
     relayed.replace(messageAt + 24, 4, hex("0a4d0132"));
     serverNode.receive(relayed, wire.now);
     const QByteArray& answer = wire.sent.back();
     EXPECT_EQ(answer.mid(30, 8), hex("0a4d0132 0043 0043"));
     EXPECT_EQ(answer.mid(yiaddrAt, 12), hex("0a4d019e 00000000 0a4d0132"));
+    EXPECT_TRUE(answer.contains(hex("3d0701024b00000001"))) << "the client identifier comes back";
     EXPECT_THAT(states(), ElementsAre(LeaseState::Offered));
     QByteArray toOther = frames[9];
     toOther.replace(toOther.indexOf(hex("36040a4d0114")), 6, hex("36040a4d0115"));
