@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <iterator>
 #include <map>
 #include <utility>
 #include <vector>
@@ -233,9 +234,11 @@ bool NetworkNode::D::sendDatagram(const IpAddress& to, TransportPacket& transpor
 // What waits would go out from an address that isn't the node's any more (RFC 1122, 3.2.1.3).
 void NetworkNode::D::leaveAddress()
 {
-    for (auto& [address, resolution] : resolutions) {
+    for (auto at = resolutions.begin(); at != resolutions.end();) {
+        Resolution& resolution = at->second;
         counters.datagramsUndelivered += resolution.datagrams.size();
         resolution.datagrams.clear();
+        at = resolution.waiters.empty() ? resolutions.erase(at) : std::next(at);
     }
     mayDefendFrom = TimePoint::min();
 }

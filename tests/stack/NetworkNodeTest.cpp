@@ -88,6 +88,7 @@ TEST_F(Node, resolvesOnceAndKeepsTheLatestDatagramsUntilThen)
     a.sendUdp(ip(8), 7, 8, "waits", wire.now);
     TestNode c(wire, macOf(8));
     a.setAddress(net(3));
+    EXPECT_EQ(a.nextDeadline(), never);
     c.setAddress(net(8));
     received.clear();
     collect(c, 7);
