@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # dhcp-client and the emulated device, both at once, as clients of a server. Usage: dhcp-client.sh dnsmasq|udhcpd
 # Leases, renewals, refusal of a renewal (the server has forgotten all and gives others), decline of an address that
-# another host has.
+# another host has, and of one that another host takes later.
 source "$(dirname "$0")/lib.sh"
 kind=$1
-need "$kind" ping ss
+need "$kind" ping ss arping
 
 make_bridge
 
@@ -138,7 +138,21 @@ for address in $first; do
     [ "$client_address" != "$address" ] && [ "$device_address" != "$address" ] || fail "$address is used all the same"
 done
 check_reach "leased after the decline"
+
+# Now another host announces that it has these addresses: once, which they defend, and again.
+second="$client_address $device_address"
+for address in $second; do
+    ip -n other address add "$address/32" dev other
+    ip netns exec other arping -q -U -c 2 -I other "$address" || true
+done
+await_record dhcp-client.log ".change == \"declined\" and .address == \"${second% *}\"" 1 30
+await_record dhcp-client.log '.change == "bound"' 2 40
+await_record camera.log '.change == "address" and (.value | test("^192[.]168[.]77[.]1"))' 2 40
+await_addresses '^192[.]168[.]77[.]1[01][0-9]'
+check_reach "leased after the second decline"
 stop "$client" INT
 stop "$camera" INT
-expect "what dhcp-client declined" "$(messages dhcp-client $our_mac 04)" "$(hex_of "${first% *}")"
-expect "what the device declined" "$(messages camera $camera_mac 04)" "$(hex_of "${first#* }")"
+expect "what dhcp-client declined" "$(messages dhcp-client $our_mac 04 | xargs)" \
+    "$(hex_of "${first% *}") $(hex_of "${second% *}")"
+expect "what the device declined" "$(messages camera $camera_mac 04 | xargs)" \
+    "$(hex_of "${first#* }") $(hex_of "${second#* }")"
