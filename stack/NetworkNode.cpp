@@ -414,8 +414,11 @@ bool NetworkNode::D::isForUs(const IpAddress& destination, const MacAddress& fra
 
 bool NetworkNode::D::isImpossibleSender(const IpAddress& sender) const
 {
+    // The number of the net, which has one where it has a broadcast address.
+    const bool isNet = own.broadcast() != IpAddress::broadcast() &&
+                       sender.toUInt32() == (own.address.toUInt32() & own.mask().toUInt32());
     return isGroup(sender) || isLoopback(sender) ||
-           (own.isThere() && (sender == own.address || isBroadcast(sender)));
+           (own.isThere() && (sender == own.address || isNet || isBroadcast(sender)));
 }
 
 void NetworkNode::D::receiveUdp(const UdpPacket& udp, const IPv4Packet& ip, const EthernetFrame& frame,

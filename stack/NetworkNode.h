@@ -79,7 +79,7 @@ public:
         quint64 unknownType = 0;      ///< neither ARP nor IPv4
         quint64 fragments = 0;        ///< of IPv4
         quint64 toOtherAddress = 0;   ///< IPv4 to an address that isn't the node's
-        quint64 impossibleSender = 0; ///< a group, broadcast or loopback address as sender, or the own one
+        quint64 impossibleSender = 0; ///< a group, a net, loopback or the node itself as sender
         quint64 unboundPort = 0;      ///< UDP to a port without a receiver
         quint64 unusedMessage = 0;    ///< IPv4 of another protocol, ICMP that isn't echo to this node
         quint64 datagramsRefused = 0; ///< too large to send, or to one node while this one has no address
