@@ -116,7 +116,6 @@ struct DhcpClient::D {
     std::unique_ptr<Answer> taken;  // the offer, then the acknowledge
     std::optional<DhcpLease> lease;
     TimePoint rebinding = never;
-    quint64 probe = 0; // the latest one
 
     D(NetworkNode& on, const Timing& times, Events calls, quint32 seed)
         : node(on)
@@ -293,10 +292,9 @@ void DhcpClient::D::receiveAcknowledge(std::unique_ptr<Answer> acknowledge, Time
     }
     state = State::Probing;
     due = never;
-    const quint64 begun = node.probe(
+    node.probe(
         taken->packet.yiaddr(), timing.probes, timing.probeInterval,
-        [this](const std::optional<MacAddress>& user, TimePoint at) { probed(user, at); }, now);
-    probe = std::max(probe, begun);
+        [this](const std::optional<MacAddress>& user, TimePoint at) { probed(user, at); }, now, this);
 }
 
 void DhcpClient::D::receiveRefusal(TimePoint now)
@@ -423,7 +421,7 @@ void DhcpClient::stop()
     D& r = *d;
     if (r.state == State::Stopped)
         return;
-    r.node.cancelProbe(r.probe);
+    r.node.cancelProbes(&r);
     r.node.bind(DhcpPacket::ClientPort, {});
     r.state = State::Stopped;
     r.due = never;

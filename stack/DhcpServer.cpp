@@ -229,11 +229,13 @@ void DhcpServer::D::reply(const Question& question, const IpAddress& address)
         send(question.client, address, *answer);
 }
 
-// RFC 6842: by which some clients know that an answer is theirs.
+// RFC 6842: by which some clients know that an answer is theirs. An empty one would be written as its code
+// alone, which says something else.
 void DhcpServer::D::returnClientId(const Question& question, DhcpPacket& answer)
 {
-    if (question.packet.hasOption(dhcp::clientIdOption))
-        answer.setOption(dhcp::clientIdOption, question.packet.option(dhcp::clientIdOption));
+    const QByteArray id = question.packet.option(dhcp::clientIdOption);
+    if (!id.isEmpty())
+        answer.setOption(dhcp::clientIdOption, id);
 }
 
 void DhcpServer::D::sendToRelay(const Question& question, const DhcpPacket& answer)

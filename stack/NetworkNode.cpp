@@ -94,6 +94,7 @@ struct Probe {
     Duration interval{};
     TimePoint due = never;
     NetworkNode::Resolved resolved;
+    const void* owner = nullptr;
 };
 
 // Of the elements that are wanted, so that what is done with one may change the others.
@@ -570,18 +571,18 @@ void NetworkNode::resolve(const IpAddress& address, Resolved resolved, TimePoint
                  [&](Resolution& resolution) { resolution.waiters.push_back(std::move(resolved)); });
 }
 
-quint64 NetworkNode::probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved,
-                           TimePoint now)
+void NetworkNode::probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved,
+                        TimePoint now, const void* owner)
 {
     const quint64 number = ++d->numbers;
-    d->probes[number] = {address, probes, interval, never, std::move(resolved)};
+    d->probes[number] = {address, probes, interval, never, std::move(resolved), owner};
     d->stepProbe(number, now);
-    return number;
 }
 
-void NetworkNode::cancelProbe(quint64 number)
+void NetworkNode::cancelProbes(const void* owner)
 {
-    d->probes.erase(number);
+    for (const quint64 number : keysOf(d->probes, [owner](const Probe& each) { return each.owner == owner; }))
+        d->probes.erase(number);
 }
 
 void NetworkNode::announce()

@@ -132,12 +132,11 @@ public:
     void resolve(const IpAddress& address, Resolved resolved, TimePoint now);
     /// Asks whether somebody uses an address (RFC 5227 probe: sender address 0), or probes for it too.
     /// @param resolved gets who, or nothing if nobody answers until @p interval after the last probe.
-    /// @returns a number for cancelProbe(), larger than all before. An answer that comes within this call may
-    /// have begun later probes already.
-    quint64 probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved,
-                  TimePoint now);
-    /// Ends a probe whose callback was not called yet; it won't be.
-    void cancelProbe(quint64 number);
+    /// @param owner for cancelProbes(); only its address counts.
+    void probe(const IpAddress& address, unsigned probes, Duration interval, Resolved resolved, TimePoint now,
+               const void* owner = nullptr);
+    /// Ends all probes of an owner; their callbacks won't be called.
+    void cancelProbes(const void* owner);
     /// Two announcements are the caller's business: this sends one.
     void announce();
     /// Called whenever somebody else uses the own address. The node defends it by itself, with one

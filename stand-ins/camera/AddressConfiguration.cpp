@@ -107,7 +107,7 @@ TimePoint AddressConfiguration::nextDeadline() const
 void AddressConfiguration::drop()
 {
     m_dhcp.stop();
-    m_node.cancelProbe(m_probe);
+    m_node.cancelProbes(this);
     m_node.setAddress({});
     m_method = Method::None;
     m_gateway.clear();
@@ -187,16 +187,15 @@ DhcpClient::Events AddressConfiguration::dhcpEvents()
 
 void AddressConfiguration::probe(const NetAddress& address, const Probed& probed, TimePoint now)
 {
-    m_node.cancelProbe(m_probe);
-    const quint64 begun = m_node.probe(
+    m_node.cancelProbes(this);
+    m_node.probe(
         address.address, probes, probeInterval,
         [this, probed](const std::optional<MacAddress>& owner, TimePoint then) {
             if (owner)
                 ++m_conflicts;
             probed(owner.has_value(), then);
         },
-        now);
-    m_probe = std::max(m_probe, begun);
+        now, this);
 }
 
 void AddressConfiguration::take(Method method, const NetAddress& address, const IpAddress& gateway,

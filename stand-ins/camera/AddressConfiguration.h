@@ -77,7 +77,6 @@ private:
     quint64 m_conflicts = 0;
     unsigned m_linkLocalConflicts = 0;
     unsigned m_discoversBefore = 0; ///< sent before the client began to look for a server
-    quint64 m_probe = 0;            ///< the latest one
     Forced m_forced;                ///< of the probe under way; empty: of another one, or none
     mesk::stack::TimePoint m_announceAt = mesk::stack::never;
     mesk::stack::TimePoint m_retryAt = mesk::stack::never;

@@ -77,7 +77,7 @@ struct CameraDevice::D {
     void leaveAddress()
     {
         registers.releasePrivilege();
-        gvcp.dropPending();
+        gvcp.leaveAddress();
     }
 
     // One for each look at the clock at most: what was missed is not made good.

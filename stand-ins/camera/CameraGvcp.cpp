@@ -61,11 +61,13 @@ CameraGvcp::CameraGvcp(const CameraParts& parts, std::chrono::milliseconds pendi
 void CameraGvcp::powerOn()
 {
     m_recent.clear();
-    dropPending();
+    m_pending.clear();
+    m_forcer.reset();
 }
 
-void CameraGvcp::dropPending()
+void CameraGvcp::leaveAddress()
 {
+    m_recent.forgetAllBut(Code::ForceIpCommand);
     m_pending.clear();
 }
 
@@ -146,8 +148,10 @@ bool CameraGvcp::isForUs(const GVCPCommandPacket& command, const Datagram& datag
     const quint16 code = command.command();
     if (!command.isValid() || code % 2 != 0) // the odd ones are acknowledges
         return false;
-    if (code == Code::DiscoveryCommand || code == Code::ForceIpCommand)
+    if (code == Code::DiscoveryCommand)
         return true;
+    if (code == Code::ForceIpCommand)
+        return readMacAddress(command.payload(), forceMacAt) == m_device.node.mac();
     const NetAddress& own = m_device.node.address();
     const bool isAnswerable = own.isThere() && datagram.sender != IpAddress();
     return isAnswerable && (datagram.destination == own.address || code == Code::ActionCommand);
@@ -180,16 +184,16 @@ void CameraGvcp::handle(const GVCPCommandPacket& command, const Asker& asker, Ti
 
 bool CameraGvcp::handleAgain(const Asker& asker, TimePoint now)
 {
-    const auto pending = std::find_if(m_pending.begin(), m_pending.end(), [&asker](const Pending& each) {
-        return each.asker.who == asker.who && each.asker.command == asker.command;
-    });
+    const auto pending = std::find_if(m_pending.begin(), m_pending.end(),
+                                      [&asker](const Pending& each) { return each.asker.isSame(asker); });
     const RecentCommands::Entry* const before = m_recent.find(asker.who, asker.command, now);
-    if (pending == m_pending.end() && before == nullptr)
+    const bool isForcing = m_forcer && m_forcer->isSame(asker);
+    if (pending == m_pending.end() && before == nullptr && !isForcing)
         return false;
     ++m_device.counters.retransmissions;
     if (pending != m_pending.end())
         sendPending(*pending, now);
-    else if (!before->answer.isEmpty())
+    else if (before != nullptr && !before->answer.isEmpty())
         send(asker, before->answer);
     return true;
 }
@@ -209,8 +213,6 @@ void CameraGvcp::discover(const GVCPCommandPacket& command, const Asker& asker)
 void CameraGvcp::forceIp(const GVCPCommandPacket& command, const Asker& asker, TimePoint now)
 {
     const QByteArray payload = command.payload();
-    if (readMacAddress(payload, forceMacAt) != m_device.node.mac())
-        return;
     if (payload.size() != forceSizeBytes) {
         answer(command, asker, {GvcpStatus::InvalidParameter}, now);
         return;
@@ -233,9 +235,11 @@ void CameraGvcp::forceIp(const GVCPCommandPacket& command, const Asker& asker, T
         answer(command, asker, {GvcpStatus::InvalidParameter}, now);
     } else {
         const auto answerThen = [this, asker](bool taken, TimePoint then) {
+            m_forcer.reset();
             const quint16 status = taken ? GvcpStatus::Success : GvcpStatus::Error;
             answer(GVCPCommandPacket(asker.command), asker, {status}, then);
         };
+        m_forcer = asker;
         m_device.addresses.force(address, IpAddress(readField<quint32>(payload, forceGatewayAt)), answerThen,
                                  now);
     }

@@ -42,8 +42,9 @@ public:
     /// Begins anew with the address, by what the registers say.
     void configureAddress(mesk::stack::TimePoint now);
 
-    /// Forgets the answers under way.
-    void dropPending();
+    /// Forgets the answers under way and what was answered: nobody repeats a command at another address. Not
+    /// that of a force-IP, which doesn't come to the address.
+    void leaveAddress();
 
     /// What a read or a write takes at most, 0 if it takes no time.
     quint32 pendingTimeoutMs() const;
@@ -59,6 +60,8 @@ private:
         QByteArray command;
         bool isMaybeUnreachable; ///< asks by discovery or force-IP, which also work without an address
         bool asksForBroadcast;
+
+        bool isSame(const Asker& other) const { return who == other.who && command == other.command; }
     };
     struct Pending {
         mesk::stack::TimePoint due;
@@ -73,7 +76,6 @@ private:
     bool handleAgain(const Asker& asker, mesk::stack::TimePoint now);
     void discover(const GVCPCommandPacket& command, const Asker& asker);
     void forceIp(const GVCPCommandPacket& command, const Asker& asker, mesk::stack::TimePoint now);
-    void resetAddress(const GVCPCommandPacket& command, const Asker& asker, mesk::stack::TimePoint now);
     void access(const GVCPCommandPacket& command, const Asker& asker, mesk::stack::TimePoint now);
     void act(const GVCPCommandPacket& command, const Asker& asker, mesk::stack::TimePoint now);
     quint32 trigger(quint32 groupKey, quint32 groupMask, mesk::stack::TimePoint now);
@@ -89,6 +91,7 @@ private:
     std::chrono::milliseconds m_pendingAfter;
     RecentCommands m_recent;
     std::deque<Pending> m_pending; ///< in the order in which they are due
+    std::optional<Asker> m_forcer; ///< of an address that is still probed
 };
 
 } // namespace emulated_camera

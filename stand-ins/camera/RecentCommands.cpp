@@ -37,6 +37,13 @@ void RecentCommands::add(const Application& who, const QByteArray& command, cons
         m_entries.pop_back();
 }
 
+void RecentCommands::forgetAllBut(quint16 code)
+{
+    constexpr int codeAt = 2;
+    m_entries.remove_if(
+        [code](const Entry& each) { return readField<quint16>(each.command, codeAt) != code; });
+}
+
 void RecentCommands::clear()
 {
     m_entries.clear();

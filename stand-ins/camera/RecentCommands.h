@@ -34,6 +34,7 @@ public:
     void add(const Application& who, const QByteArray& command, const QByteArray& answer,
              mesk::stack::TimePoint now);
     void clear();
+    void forgetAllBut(quint16 code);
 
 private:
     std::list<Entry> m_entries; ///< the newest first

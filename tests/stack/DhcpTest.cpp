@@ -190,6 +190,21 @@ TEST_F(Dhcp, addressInUseIsDeclinedAndAnotherOneTaken)
     EXPECT_EQ(a.address() + b.address(), 101U) << "the squatter still has the other one";
 }
 
+TEST_F(Dhcp, clientStopsEvenWhileItsProbeGoesOut)
+{
+    TestClient a(wire, 1);
+    wire.loses = [&](const QByteArray& frame) {
+        const bool isProbe = readField<quint16>(frame, 12) == 0x0806 && readField<quint32>(frame, 28) == 0;
+        if (isProbe)
+            a.client.stop();
+        return isProbe;
+    };
+    wire.run(10s);
+    a.client.decline(wire.now); // there is nothing to decline
+    EXPECT_EQ(log(), "1* 2:100 3* 5:100 ");
+    EXPECT_TRUE(a.client.state() == DhcpClient::State::Stopped && !a.node.address().isThere());
+}
+
 TEST_F(Dhcp, refusedClientStartsAgain)
 {
     serve(100, 100);
@@ -327,11 +342,14 @@ TEST_F(Dhcp, relayedAnswerGoesToTheRelayAndForeignRequestsEndAnOffer)
     QByteArray asksForAnother = frames[9];
     asksForAnother.replace(asksForAnother.indexOf(hex("32040a4d019e")), 6, hex("32040a4d019f"));
     serverNode.receive(asksForAnother, wire.now);
+    EXPECT_TRUE(wire.sent.back().contains(hex("3d0701024b00000001"))) << "with a refusal too";
     EXPECT_EQ(log(), "5:158 2:158 6* ");
     serverNode.receive(frames[15], wire.now);
     EXPECT_THAT(states(), ElementsAre(LeaseState::Released));
     wire.run(DhcpServer::offerTime);
+    relayed.replace(relayed.indexOf(hex("3d0701")), 9, hex("3d0000000000000000"));
     serverNode.receive(relayed, wire.now);
+    EXPECT_FALSE(wire.sent.back().contains(hex("3dff"))) << "an empty identifier";
     wire.run(DhcpServer::offerTime);
     EXPECT_THAT(states(), ElementsAre(LeaseState::Released));
 }

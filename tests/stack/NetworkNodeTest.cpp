@@ -57,8 +57,10 @@ TEST_F(Node, resolvesOnceAndKeepsTheLatestDatagramsUntilThen)
     for (char i = 0; i < 10; ++i)
         EXPECT_TRUE(a.sendUdp(ip(2), 7, 8, QByteArray(2 * i + 1, i), wire.now));
     EXPECT_THAT(wire.sent, SizeIs(1));
+    a.setAddress({ip(1), 16}); // still the same address
     wire.run(1s);
     ASSERT_THAT(received, SizeIs(NetworkNode::waitingPerNeighbourMax));
+    a.setAddress(net(1));
     EXPECT_EQ(received.front(), QByteArray(5, 2));
     EXPECT_EQ(received.back(), QByteArray(19, 9));
     EXPECT_EQ(a.counters().datagramsUndelivered, 2U);
@@ -89,6 +91,9 @@ TEST_F(Node, resolvesOnceAndKeepsTheLatestDatagramsUntilThen)
     TestNode c(wire, macOf(8));
     a.setAddress(net(3));
     EXPECT_EQ(a.nextDeadline(), never);
+    a.sendUdp(ip(8), 7, 8, "waits beside another question", wire.now);
+    a.resolve(ip(8), into(answers), wire.now);
+    a.setAddress(net(4));
     c.setAddress(net(8));
     received.clear();
     collect(c, 7);
@@ -102,7 +107,7 @@ TEST_F(Node, resolvesOnceAndKeepsTheLatestDatagramsUntilThen)
     wire.run(3s);
     EXPECT_THAT(received, ElementsAre("to all", "to all")); // b and c
     EXPECT_THAT(wire.sent, SizeIs(1));
-    EXPECT_THAT(answers, ElementsAre(macOf(2), std::nullopt, std::nullopt, std::nullopt));
+    EXPECT_THAT(answers, ElementsAre(macOf(2), std::nullopt, macOf(8), std::nullopt, std::nullopt));
 }
 
 TEST_F(Node, learnsFromWhoAsksForItAndUpdatesWhatItKnows)
@@ -157,7 +162,8 @@ TEST_F(Node, defendsItsAddressAndFindsOutWhoUsesAnother)
     b.probe(ip(3), 3, 100ms, into(rivals), wire.now);
     c.probe(ip(3), 3, 100ms, into(rivals), wire.now);
     b.probe(ip(4), 3, 100ms, into(none), wire.now);
-    b.cancelProbe(b.probe(ip(4), 1, 100ms, into(none), wire.now)); // the other one goes on
+    b.probe(ip(4), 1, 100ms, into(none), wire.now, &c);
+    b.cancelProbes(&c); // the other one goes on
     wire.run(299ms);
     EXPECT_THAT(users, ElementsAre(macOf(5)));
     EXPECT_THAT(rivals, testing::UnorderedElementsAre(macOf(6), macOf(7)));

@@ -145,6 +145,7 @@ TEST(CameraAddress, isForcedByTheMacAddress)
     const Client client{{0x02, 0x4b, 0, 0, 0, 1}, ip("10.77.1.1"), 50000};
     CameraBench other;
     EXPECT_THAT(other.ask(force, client, true), IsEmpty());
+    other.pass(1s);
     EXPECT_EQ(other.camera.address().address, ip("192.168.77.20"));
 
     CameraBench bench("mac=02:4b:00:00:00:62");
@@ -174,12 +175,35 @@ TEST(CameraAddress, isForcedByTheMacAddress)
     second.replace(6, 2, hex("2275"));
     bench.tell(force, client, true);
     EXPECT_THAT(bench.ask(second, client, true), ElementsAre(hex("80070005 0000 2275")));
+    bench.tell(QByteArray(second).replace(6, 2, hex("2276")), client, true);
+    EXPECT_THAT(bench.ask(force, client, true), IsEmpty()) << "again, still probed";
     for (int i = 0; i < 2; ++i)
         bench.arp(answerOfAnOwner);
     EXPECT_THAT(bench.heard(), ElementsAre(hex("8fff0005 0000 2274")));
     bench.pass(3s);
     EXPECT_STREQ(bench.camera.addressMethod(), "link-local");
-    bench.tell(hex("42010082 0008 0001 00000a00 00000002"));
+    // Control is of one address, and has to be taken anew at the next one.
+    const QByteArray control = hex("42010082 0008 0001 00000a00 00000002");
+    bench.tell(control);
     EXPECT_THAT(bench.ask(force, client, true), ElementsAre(hex("80060005 0000 2274")));
+    const QByteArray left =
+        byteArrayFromUInt32(qToBigEndian(bench.camera.address().address.toUInt32())).toHex();
+    const QByteArray claim =
+        "ffffffffffff024b0000000108060001080006040002024b00000001" + left + "024b00000062" + left;
+    for (int i = 0; i < 2; ++i)
+        bench.arp(claim.constData());
+    bench.pass(1s);
+    EXPECT_NE(byteArrayFromUInt32(qToBigEndian(bench.camera.address().address.toUInt32())).toHex(), left);
+    bench.tell(control);
+    EXPECT_THAT(bench.ask(second, client, true), ElementsAre(hex("80060005 0000 2275")));
+
+    // A device that is still about to get its address: in use, as above.
+    CameraBench early("mac=02:4b:00:00:00:62", false);
+    EXPECT_THAT(early.ask(hex("42010100 0008 0001 00000001 00000001"), client, true), IsEmpty())
+        << "an action";
+    early.tell(force, client, true);
+    early.arp("024b00000062 024b00000001 0806 0001080006040002 024b000000010a4d0162 024b000000620a4d0162");
+    early.pass(1s);
+    EXPECT_STREQ(early.camera.addressMethod(), "persistent");
 }
 } // namespace
